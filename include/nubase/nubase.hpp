@@ -1,0 +1,15 @@
+// nubase/nubase.hpp - the umbrella header: includes every family of the library.
+//
+//   #include <nubase/nubase.hpp>
+//
+// Including one family header (`<nubase/buffer.hpp>`) is enough where only one is needed.
+#ifndef NUBASE_NUBASE_HPP
+#define NUBASE_NUBASE_HPP
+
+// foundation
+#include "nubase/config.hpp"
+#include "nubase/es.hpp"
+#include "nubase/buffer.hpp"
+#include "nubase/refcount.hpp"
+
+#endif  // NUBASE_NUBASE_HPP

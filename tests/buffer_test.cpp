@@ -1,0 +1,217 @@
+// The byte buffer: growth rule, reallocation, overlap-safe copies, comparison.
+#include "nubase/buffer.hpp"
+
+#include <gtest/gtest.h>
+
+#include <new>
+#include <string>
+#include <vector>
+
+namespace {
+
+using nubase::buffer;
+
+buffer bytes(std::initializer_list<unsigned char> list) {
+    return buffer(list.begin(), list.end());
+}
+
+std::string text(const buffer& b) {
+    return std::string(b.data(), b.data() + b.size());
+}
+
+TEST(Buffer, ConstructorCapacities) {
+    struct row {
+        const char* what;
+        buffer b;
+        unsigned long long capacity, size;
+    };
+    const unsigned char src[3] = {1, 2, 3};
+    buffer empty_source(0ULL);
+    const row rows[] = {
+        {"default", buffer(), 1024, 0},
+        {"hint 10", buffer(10ULL), 20, 0},
+        {"hint 0", buffer(0ULL), 0, 0},
+        {"fill", buffer(5ULL, static_cast<unsigned char>(0xAB)), 10, 5},
+        {"pointer", buffer(3ULL, src), 6, 3},
+        {"range", buffer(src, src + 2), 4, 2},
+        {"copy of empty", buffer(empty_source), 0, 0},
+        {"copy ignores capacity", buffer(buffer(3ULL, src)), 6, 3},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.what);
+        EXPECT_EQ(r.capacity, r.b.capacity());
+        EXPECT_EQ(r.size, r.b.size());
+        EXPECT_NE(nullptr, r.b.data());
+    }
+    EXPECT_EQ(std::string(5, '\xAB'), text(rows[3].b));
+}
+
+TEST(Buffer, GrowthRuleAtItsBoundaries) {
+    // From capacity 0 the rule doubles the need; otherwise it doubles until strictly greater.
+    EXPECT_EQ(10u, nubase::buffer_grown_capacity(0, 5));
+    EXPECT_EQ(2048u, nubase::buffer_grown_capacity(1024, 1024));
+    EXPECT_EQ(2048u, nubase::buffer_grown_capacity(1024, 1025));
+    EXPECT_EQ(64u, nubase::buffer_grown_capacity(16, 32));
+    EXPECT_EQ(~0ULL, nubase::buffer_grown_capacity(1ULL << 63, 1ULL << 63));
+
+    buffer copy_of_empty(buffer(0ULL));
+    const unsigned char five[5] = {1, 2, 3, 4, 5};
+    copy_of_empty.append(five, 5);
+    EXPECT_EQ(10u, copy_of_empty.capacity());
+
+    buffer b;  // 1024
+    const std::vector<unsigned char> kilo(1024, 7);
+    const unsigned char* before = b.data();
+    b.append(kilo.data(), kilo.size());
+    EXPECT_EQ(1024u, b.capacity());
+    EXPECT_EQ(before, b.data()) << "a fill to exactly the capacity must not reallocate";
+    b.reserve(1024);
+    EXPECT_EQ(1024u, b.capacity());
+    b.reserve(1025);
+    EXPECT_EQ(2048u, b.capacity());
+    EXPECT_EQ(std::string(1024, 7), text(b));
+
+    buffer small(8ULL);  // capacity 16
+    small.resize(16);
+    EXPECT_EQ(16u, small.capacity());
+    small.resize(17);
+    EXPECT_EQ(32u, small.capacity());
+    buffer small2(8ULL);
+    small2.resize(32);
+    EXPECT_EQ(64u, small2.capacity());
+}
+
+TEST(Buffer, AdjustAlwaysReallocates) {
+    buffer b(50ULL);  // capacity 100
+    const unsigned char src[12] = {'a', 'b', 'c', 'd', 'e', 'f', 'g', 'h', 'i', 'j', 'k', 'l'};
+    b.assign(src, src + 12);
+    const unsigned char* before = b.data();
+    b.adjust(10);
+    EXPECT_EQ(100u, b.capacity());
+    EXPECT_NE(before, b.data());
+    EXPECT_EQ("abcdefghij", text(b));
+
+    buffer tight(4ULL);  // capacity 8
+    tight.resize(8, 'x');
+    tight.adjust(8);
+    EXPECT_EQ(16u, tight.capacity());
+    EXPECT_EQ("xxxxxxxx", text(tight));
+
+    tight.adjust(20);  // larger than the size: size unchanged, capacity by the rule
+    EXPECT_EQ(32u, tight.capacity());
+    EXPECT_EQ(8u, tight.size());
+}
+
+TEST(Buffer, ResizeWithFill) {
+    const unsigned char src[5] = {1, 2, 3, 4, 5};
+    buffer b(5ULL, src);
+    const unsigned char* before = b.data();
+    b.resize(3, 0xFF);
+    EXPECT_EQ(3u, b.size());
+    EXPECT_EQ(before, b.data());
+    EXPECT_EQ(bytes({1, 2, 3}), b);
+    b.resize(6, 9);
+    EXPECT_EQ(bytes({1, 2, 3, 9, 9, 9}), b);
+    b.resize(40, 0);  // beyond capacity 10: grows to 80, keeps the contents
+    EXPECT_EQ(80u, b.capacity());
+    EXPECT_EQ(40u, b.size());
+    EXPECT_EQ(9, b[5]);
+    EXPECT_EQ(0, b[39]);
+}
+
+TEST(Buffer, AppendAndAssignFromInsideTheSameBuffer) {
+    // Without reallocation: a range overlapping the destination.
+    buffer b(8ULL);  // capacity 16
+    const std::string abc = "abcdef";
+    b.assign(reinterpret_cast<const unsigned char*>(abc.data()),
+             reinterpret_cast<const unsigned char*>(abc.data()) + abc.size());
+    b.append(b.data() + 1, 4);
+    EXPECT_EQ("abcdefbcde", text(b));
+    EXPECT_EQ(16u, b.capacity());
+
+    // With reallocation: the source lives in the array being replaced.
+    b.append(b.data(), b.size());
+    EXPECT_EQ("abcdefbcdeabcdefbcde", text(b));
+    EXPECT_EQ(32u, b.capacity());
+
+    // Assign from a range inside the buffer moves it to the front.
+    b.assign(b.data() + 2, b.data() + 6);
+    EXPECT_EQ("cdef", text(b));
+    b.assign(b.data(), b.data());
+    EXPECT_TRUE(b.empty());
+}
+
+TEST(Buffer, AssignThatMustGrowAllocatesForTheLength) {
+    buffer b(2ULL);  // capacity 4
+    const std::vector<unsigned char> ten(10, 'q');
+    b.assign(ten.data(), ten.data() + ten.size());
+    EXPECT_EQ(16u, b.capacity());
+    EXPECT_EQ(std::string(10, 'q'), text(b));
+}
+
+TEST(Buffer, ImpossibleSizesFailAndLeaveTheBufferAsItWas) {
+    const unsigned char src[3] = {1, 2, 3};
+    buffer b(3ULL, src);
+    const unsigned char* before = b.data();
+    EXPECT_THROW(b.reserve(~0ULL), std::bad_alloc);
+    EXPECT_THROW(b.resize(1ULL << 63), std::bad_alloc);
+    EXPECT_THROW(b.resize(~0ULL, 0), std::bad_alloc);
+    volatile unsigned long long huge = ~0ULL - 1;  // opaque, so the compiler cannot see it
+    EXPECT_THROW(b.append(src, huge), std::bad_alloc);
+    EXPECT_EQ(before, b.data());
+    EXPECT_EQ(6u, b.capacity());
+    EXPECT_EQ(bytes({1, 2, 3}), b);
+    EXPECT_THROW(buffer(~0ULL), std::bad_alloc);
+}
+
+TEST(Buffer, ComparisonIsUnsignedLexicographic) {
+    struct row {
+        buffer left, right;
+        bool less, less_equal, equal;
+    };
+    const row rows[] = {
+        {bytes({1, 2}), bytes({1, 2, 0}), true, true, false},
+        {bytes({1, 3}), bytes({1, 2, 0xFF}), false, false, false},
+        {bytes({0x80}), bytes({0x7F}), false, false, false},
+        {bytes({0x7F}), bytes({0x80}), true, true, false},
+        {bytes({}), bytes({}), false, true, true},
+        {bytes({}), bytes({0}), true, true, false},
+        {bytes({5, 6}), bytes({5, 6}), false, true, true},
+    };
+    for (const auto& r : rows) {
+        EXPECT_EQ(r.less, r.left < r.right);
+        EXPECT_EQ(r.less_equal, r.left <= r.right);
+        EXPECT_EQ(r.equal, r.left == r.right);
+        EXPECT_EQ(!r.equal, r.left != r.right);
+    }
+    // Capacities play no part.
+    buffer roomy(100ULL);
+    roomy.append(bytes({4}).data(), 1);
+    EXPECT_EQ(bytes({4}), roomy);
+}
+
+TEST(Buffer, SwapAndCopyAssignment) {
+    buffer a = bytes({1, 2, 3});
+    buffer b(1ULL);
+    const unsigned char* a_data = a.data();
+    a.swap(b);
+    EXPECT_EQ(a_data, b.data());
+    EXPECT_EQ(2u, a.capacity());
+    EXPECT_EQ(bytes({1, 2, 3}), b);
+
+    a = b;
+    EXPECT_EQ(b, a);
+    EXPECT_NE(a.data(), b.data());
+    const buffer& same = a;
+    a = same;
+    EXPECT_EQ(bytes({1, 2, 3}), a);
+}
+
+TEST(Buffer, SharedEmptyBuffer) {
+    const buffer& e = nubase::buffer_empty_buffer();
+    EXPECT_EQ(&e, &nubase::buffer_empty_buffer());
+    EXPECT_EQ(1024u, e.capacity());
+    EXPECT_EQ(0u, e.size());
+}
+
+}  // namespace

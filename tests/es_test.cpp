@@ -1,0 +1,158 @@
+// The exception family, severities and the fatal abort.
+#include "nubase/es.hpp"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <unistd.h>
+
+#include <csignal>
+#include <string>
+#include <type_traits>
+
+namespace {
+
+using namespace nubase;
+
+static_assert(std::is_base_of_v<std::exception, es::base>);
+static_assert(std::is_base_of_v<es::base, es::file> && std::is_base_of_v<es::base, es::call> &&
+              std::is_base_of_v<es::base, es::uspec> && std::is_base_of_v<es::base, es::api_code>);
+static_assert(std::is_copy_constructible_v<es::file>);
+
+TEST(Severity, NamesAndUnknownValues) {
+    const char* const expected[] = {"fatal",   "alert",  "critical", "error",
+                                    "warning", "notice", "info",     "debug"};
+    for (int i = 0; i < 8; ++i)
+        EXPECT_STREQ(expected[i], cstr_with_severity(severity(i)));
+    EXPECT_STREQ("UNKNOWN", cstr_with_severity(severity(8)));
+    EXPECT_STREQ("UNKNOWN", cstr_with_severity(severity(-1)));
+}
+
+// Every leaf is caught by its own kind and by the root, with the site's identity intact.
+template <class Leaf>
+void expect_leaf_raise() {
+    try {
+        Leaf::raise("lib/nubase/src/x", 42u, "boom");
+        FAIL() << "raise returned";
+    } catch (const Leaf& e) {
+        const es::base& b = e;
+        EXPECT_STREQ("boom", b.what());
+        EXPECT_STREQ("boom", b.msg());
+        EXPECT_STREQ("lib/nubase/src/x", b.file());
+        EXPECT_EQ(42u, b.line());
+    }
+}
+
+TEST(Es, PlainLeavesCarrySourceLineAndMessage) {
+    expect_leaf_raise<es::arg>();
+    expect_leaf_raise<es::alloc>();
+    expect_leaf_raise<es::call>();
+    expect_leaf_raise<es::inuse>();
+    expect_leaf_raise<es::null>();
+    expect_leaf_raise<es::oflow>();
+    expect_leaf_raise<es::range>();
+    expect_leaf_raise<es::uflow>();
+    expect_leaf_raise<es::uninit>();
+    expect_leaf_raise<es::unsupp>();
+    expect_leaf_raise<es::uspec>();
+}
+
+TEST(Es, NullMessageReadsNotAvailable) {
+    try {
+        es::arg::raise("f", 1, nullptr);
+    } catch (const es::base& e) {
+        EXPECT_STREQ("n/a", e.what());
+        EXPECT_STREQ("n/a", e.msg());
+    }
+    es::uspec direct("f", 2, nullptr);
+    EXPECT_STREQ("n/a", direct.what());
+}
+
+TEST(Es, NumberedCallMessage) {
+    const auto text = [](int err, const char* msg) {
+        try {
+            es::call::raise(err, "f", 3, msg);
+        } catch (const es::call& e) {
+            return std::string(e.what());
+        }
+        return std::string("not raised");
+    };
+    EXPECT_EQ("open (err = 13)", text(13, "open"));
+    EXPECT_EQ("n/a (err = 13)", text(13, nullptr));
+    EXPECT_EQ("x (err = -2147483648)", text(-2147483647 - 1, "x"));
+    // A long message is cut at 255 characters rather than failing.
+    const std::string long_message(1000, 'm');
+    const std::string cut = text(7, long_message.c_str());
+    EXPECT_EQ(255u, cut.size());
+    EXPECT_EQ(std::string(255, 'm'), cut);
+}
+
+TEST(Es, FileFormatsActionSubjectAndReasonOnEveryCall) {
+    es::file e("lib/nubase/src/file", 9, "Permission denied", "open", "/a/b");
+    EXPECT_STREQ("Failed to open file /a/b (Permission denied)", e.what());
+    EXPECT_STREQ("Failed to open file /a/b (Permission denied)", e.msg());
+    e.set_subject_file("/c");
+    EXPECT_EQ("/c", e.get_subject_file());
+    EXPECT_STREQ("Failed to open file /c (Permission denied)", e.what());
+    EXPECT_STREQ("Failed to open file /c (Permission denied)", static_cast<es::base&>(e).msg());
+    EXPECT_STREQ("lib/nubase/src/file", static_cast<const es::base&>(e).file());
+
+    try {
+        es::file::raise("f", 1, "Permission denied", "open");
+    } catch (const es::file& raised) {
+        EXPECT_STREQ("Failed to open file  (Permission denied)", raised.what());
+        // A copy formats on its own.
+        es::file copy = raised;
+        copy.set_subject_file("/d");
+        EXPECT_STREQ("Failed to open file /d (Permission denied)", copy.what());
+        EXPECT_STREQ("Failed to open file  (Permission denied)", raised.what());
+    }
+}
+
+TEST(Es, ApiCodeKeepsTheFullSignedValue) {
+    for (long long code : {0LL, -1LL, 0x7fffffffffffffffLL, -0x7fffffffffffffffLL - 1}) {
+        try {
+            es::api_code::raise("f", 5, code, "status");
+        } catch (const es::api_code& e) {
+            EXPECT_EQ(code, e.code());
+            EXPECT_STREQ("status", e.what());
+        }
+    }
+}
+
+TEST(AbortDeathTest, PrintsOneLineAndDiesBySigabrt) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    // The line goes to standard output; the child sends it to standard error, where the death
+    // test reads it.
+    EXPECT_EXIT(
+        {
+            dup2(2, 1);
+            ds::abort("lib/nubase/src/x", 7, "value %d", 3);
+        },
+        testing::KilledBySignal(SIGABRT), "Abort \\[lib/nubase/src/x:7\\] 'value 3'$");
+}
+
+TEST(AbortDeathTest, DiesEvenWhenAHandlerCatchesSigabrt) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            std::signal(SIGABRT, [](int) {});
+            dup2(2, 1);
+            ds::abort(nullptr, 0, "%s", "caught");
+        },
+        testing::KilledBySignal(SIGABRT), "Abort \\[n/a:0\\] 'caught'$");
+}
+
+TEST(Callstack, OneLinePerFrameWithoutThePrinter) {
+    testing::internal::CaptureStdout();
+    ds::print_callstack();
+    const std::string out = testing::internal::GetCapturedStdout();
+    ASSERT_FALSE(out.empty());
+    EXPECT_EQ('\n', out.back());
+    EXPECT_EQ(std::string::npos, out.find("print_callstack"));
+    EXPECT_THAT(out, testing::StartsWith("#1 0x"));
+    // The caller's frames come through the test framework, whose symbols are exported.
+    EXPECT_THAT(out, testing::HasSubstr("testing::"));
+}
+
+}  // namespace

@@ -1,0 +1,108 @@
+// Reference counting: counts start at 0, copies do not share counts, the last release deletes.
+#include "nubase/refcount.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <type_traits>
+#include <vector>
+
+namespace {
+
+using nubase::object_refcount;
+using nubase::ptr_refcount;
+
+static_assert(!std::is_convertible_v<ptr_refcount<object_refcount>, bool>,
+              "ptr_refcount's bool conversion is explicit");
+static_assert(std::is_constructible_v<bool, ptr_refcount<object_refcount>>);
+
+struct counted : object_refcount {
+    explicit counted(std::atomic<int>* deaths) : m_deaths(deaths) {}
+    ~counted() override { m_deaths->fetch_add(1); }
+    std::atomic<int>* m_deaths;
+    int value = 0;
+};
+
+TEST(Refcount, CountsStartAtZeroAndAreNeverCopied) {
+    object_refcount a;
+    EXPECT_EQ(0, a.refcount());
+    a.retain();
+    a.retain();
+    object_refcount copy(a);
+    EXPECT_EQ(0, copy.refcount());
+    copy.retain();
+    copy = a;  // assignment keeps the target's own count
+    EXPECT_EQ(1, copy.refcount());
+    EXPECT_EQ(nullptr, a.drop());
+    EXPECT_EQ(&a, a.drop());
+    EXPECT_EQ(&copy, copy.drop());
+}
+
+TEST(Refcount, DropHandsOverAndReleaseDeletes) {
+    std::atomic<int> deaths{0};
+    auto* object = new counted(&deaths);
+    object->retain();
+    object->retain();
+    EXPECT_EQ(2, object->refcount());
+    EXPECT_EQ(nullptr, object->drop());
+    EXPECT_EQ(1, object->refcount());
+    EXPECT_EQ(object, object->drop());  // handed over, not deleted
+    EXPECT_EQ(0, deaths.load());
+    object->retain();
+    EXPECT_EQ(1, object->refcount());
+    object->release();
+    EXPECT_EQ(1, deaths.load());
+}
+
+TEST(Refcount, PointerRetainsReleasesAndSurvivesSelfAssignment) {
+    std::atomic<int> deaths{0};
+    {
+        ptr_refcount<counted> p(new counted(&deaths));
+        EXPECT_EQ(1, p->refcount());
+        ptr_refcount<counted> q = p;
+        EXPECT_EQ(2, q->refcount());
+        const ptr_refcount<counted>& same = p;
+        p = same;
+        EXPECT_EQ(2, p->refcount());
+        (*q).value = 5;
+        EXPECT_EQ(5, p.get()->value);
+
+        ptr_refcount<counted> other(new counted(&deaths));
+        other = p;  // the old object goes, the shared one gains a reference
+        EXPECT_EQ(1, deaths.load());
+        EXPECT_EQ(3, p->refcount());
+        ptr_refcount<counted> none;
+        EXPECT_FALSE(none);
+        EXPECT_TRUE(other);
+        none = ptr_refcount<counted>();
+        other = none;
+        EXPECT_EQ(2, p->refcount());
+    }
+    EXPECT_EQ(2, deaths.load());
+}
+
+TEST(Refcount, ConcurrentRetainAndReleaseDeleteExactlyOnce) {
+    std::atomic<int> deaths{0};
+    for (int round = 0; round < 20; ++round) {
+        auto* object = new counted(&deaths);
+        object->retain();  // the test's own reference
+        std::vector<std::thread> threads;
+        for (int t = 0; t < 4; ++t) {
+            threads.emplace_back([object] {
+                for (int i = 0; i < 2000; ++i) {
+                    ptr_refcount<counted> p(object);
+                    ptr_refcount<counted> q = p;
+                }
+            });
+        }
+        for (auto& t : threads)
+            t.join();
+        EXPECT_EQ(1, object->refcount());
+        EXPECT_EQ(round, deaths.load());
+        object->release();
+    }
+    EXPECT_EQ(20, deaths.load());
+}
+
+}  // namespace
