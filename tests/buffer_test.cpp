@@ -157,7 +157,7 @@ TEST(Buffer, ImpossibleSizesFailAndLeaveTheBufferAsItWas) {
     EXPECT_THROW(b.resize(1ULL << 63), std::bad_alloc);
     EXPECT_THROW(b.resize(~0ULL, 0), std::bad_alloc);
     volatile unsigned long long huge = ~0ULL - 1;  // opaque, so the compiler cannot see it
-    EXPECT_THROW(b.append(src, huge), std::bad_alloc);
+    EXPECT_THROW(b.append(b.data(), huge), std::bad_alloc);
     EXPECT_EQ(before, b.data());
     EXPECT_EQ(6u, b.capacity());
     EXPECT_EQ(bytes({1, 2, 3}), b);

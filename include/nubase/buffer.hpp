@@ -21,6 +21,7 @@
 #ifndef NUBASE_BUFFER_HPP
 #define NUBASE_BUFFER_HPP
 
+#include <cstdint>
 #include <cstring>
 
 #include "nubase/config.hpp"
@@ -82,7 +83,11 @@ class NUBASE_API buffer {
     }
     void append(const unsigned char* a_src, unsigned long long a_count) {
         if (a_count <= m_capacity - m_size) {
-            if (a_count != 0) std::memmove(m_data + m_size, a_src, a_count);
+            if (a_count <= 32) {
+                move_small(m_data + m_size, a_src, static_cast<unsigned>(a_count));
+            } else {
+                std::memmove(m_data + m_size, a_src, a_count);
+            }
             m_size += a_count;
         } else {
             append_grow(a_src, a_count);
@@ -93,6 +98,40 @@ class NUBASE_API buffer {
     void swap(buffer& a_other) noexcept;
 
   private:
+    // Overlap-safe move of at most 32 bytes without a library call: every byte is loaded before
+    // any is stored. Appends of small fields (the common case when writers build headers) stay
+    // inline.
+    static void move_small(unsigned char* a_dst, const unsigned char* a_src, unsigned a_count) {
+        if (a_count >= 16) {
+            std::uint64_t l_a, l_b, l_c, l_d;
+            std::memcpy(&l_a, a_src, 8);
+            std::memcpy(&l_b, a_src + 8, 8);
+            std::memcpy(&l_c, a_src + a_count - 16, 8);
+            std::memcpy(&l_d, a_src + a_count - 8, 8);
+            std::memcpy(a_dst, &l_a, 8);
+            std::memcpy(a_dst + 8, &l_b, 8);
+            std::memcpy(a_dst + a_count - 16, &l_c, 8);
+            std::memcpy(a_dst + a_count - 8, &l_d, 8);
+        } else if (a_count >= 8) {
+            std::uint64_t l_a, l_b;
+            std::memcpy(&l_a, a_src, 8);
+            std::memcpy(&l_b, a_src + a_count - 8, 8);
+            std::memcpy(a_dst, &l_a, 8);
+            std::memcpy(a_dst + a_count - 8, &l_b, 8);
+        } else if (a_count >= 4) {
+            std::uint32_t l_a, l_b;
+            std::memcpy(&l_a, a_src, 4);
+            std::memcpy(&l_b, a_src + a_count - 4, 4);
+            std::memcpy(a_dst, &l_a, 4);
+            std::memcpy(a_dst + a_count - 4, &l_b, 4);
+        } else if (a_count != 0) {
+            const unsigned char l_a = a_src[0], l_b = a_src[a_count / 2], l_c = a_src[a_count - 1];
+            a_dst[0] = l_a;
+            a_dst[a_count / 2] = l_b;
+            a_dst[a_count - 1] = l_c;
+        }
+    }
+
     void append_grow(const unsigned char* a_src, unsigned long long a_count);
     // Replaces the array with one of `capacity` bytes holding the first `keep` bytes.
     void reallocate(unsigned long long a_capacity, unsigned long long a_keep);
