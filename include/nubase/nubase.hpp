@@ -12,4 +12,8 @@
 #include "nubase/buffer.hpp"
 #include "nubase/refcount.hpp"
 
+// text
+#include "nubase/string.hpp"
+#include "nubase/strutil.hpp"
+
 #endif  // NUBASE_NUBASE_HPP

@@ -1,0 +1,255 @@
+// Tokenizing, joining, key-value strings and replacement tables.
+#include "nubase/strutil.hpp"
+
+#include <cstring>
+
+#include "nubase/string.hpp"
+
+namespace nubase {
+namespace strutil {
+
+namespace {
+
+// Appends s[first, last) as one piece.
+void append_piece(std::vector<std::string>& a_out, const std::string& a_s, std::size_t a_first,
+                  std::size_t a_last) {
+    a_out.emplace_back(a_s, a_first, a_last - a_first);
+}
+
+// The quote and bracket forms read the text up to its first NUL byte.
+std::size_t c_length(const std::string& a_s) noexcept {
+    const void* l_nul = std::memchr(a_s.data(), '\0', a_s.size());
+    return l_nul == nullptr
+               ? a_s.size()
+               : static_cast<std::size_t>(static_cast<const char*>(l_nul) - a_s.data());
+}
+
+template <class Pieces>
+void join_with_char(const Pieces& a_pieces, char a_sep, std::string& a_out) {
+    if (a_pieces.empty()) return;
+    std::size_t l_total = a_out.size();
+    for (const auto& l_piece : a_pieces)
+        l_total += l_piece.size() + 1;
+    a_out.reserve(l_total);
+    bool l_first = true;
+    for (const auto& l_piece : a_pieces) {
+        if (!l_first && a_sep != '\0') a_out.push_back(a_sep);
+        a_out.append(l_piece);
+        l_first = false;
+    }
+}
+
+}  // namespace
+
+void tokenize_string(const std::string& a_s, char a_sep, std::vector<std::string>& a_out,
+                     bool a_keep_empty) {
+    std::size_t l_start = 0;
+    for (;;) {
+        const std::size_t l_pos = a_s.find(a_sep, l_start);
+        const std::size_t l_end = l_pos == std::string::npos ? a_s.size() : l_pos;
+        if (a_keep_empty || l_end > l_start) append_piece(a_out, a_s, l_start, l_end);
+        if (l_pos == std::string::npos) return;
+        l_start = l_pos + 1;
+    }
+}
+
+void tokenize_string(const std::string& a_s, char a_sep, unsigned a_width,
+                     std::vector<std::string>& a_out) {
+    // The rest still to be broken is a_s[l_b, end); indexes into it are offset by l_b.
+    std::size_t l_b = 0;
+    while (a_s.size() - l_b > a_width) {
+        const std::size_t l_at = l_b + a_width;
+        const std::size_t l_f = a_s.find(a_sep, l_at);
+        std::size_t l_r = a_s.rfind(a_sep, l_at);
+        if (l_r != std::string::npos && l_r < l_b) l_r = std::string::npos;
+        std::size_t l_p;
+        if (l_f == std::string::npos && l_r == std::string::npos) {
+            break;
+        } else if (l_f == std::string::npos) {
+            l_p = l_r;
+        } else if (l_r == std::string::npos) {
+            l_p = l_f;
+        } else {
+            l_p = (l_f - l_at < l_at - l_r) ? l_f : l_r;
+        }
+        append_piece(a_out, a_s, l_b, l_p);
+        l_b = l_p + 1;
+    }
+    append_piece(a_out, a_s, l_b, a_s.size());
+}
+
+void tokenize_string(const std::string& a_s, char a_sep, char a_quote,
+                     std::vector<std::string>& a_out) {
+    const std::size_t l_n = c_length(a_s);
+    bool l_quoted = false;
+    std::size_t l_start = 0;
+    for (std::size_t l_i = 0; l_i < l_n; ++l_i) {
+        const char l_c = a_s[l_i];
+        if (l_c == a_quote) {
+            l_quoted = !l_quoted;
+        } else if (l_c == a_sep && !l_quoted) {
+            append_piece(a_out, a_s, l_start, l_i);
+            l_start = l_i + 1;
+        }
+    }
+    append_piece(a_out, a_s, l_start, l_n);
+}
+
+void tokenize_string(const std::string& a_s, char a_sep, char a_open, char a_close,
+                     std::vector<std::string>& a_out) {
+    const std::size_t l_n = c_length(a_s);
+    std::size_t l_depth = 0;
+    std::size_t l_start = 0;
+    for (std::size_t l_i = 0; l_i < l_n; ++l_i) {
+        const char l_c = a_s[l_i];
+        if (l_c == a_open) {
+            ++l_depth;
+        } else if (l_c == a_close) {
+            if (l_depth > 0) --l_depth;
+        } else if (l_c == a_sep && l_depth == 0) {
+            append_piece(a_out, a_s, l_start, l_i);
+            l_start = l_i + 1;
+        }
+    }
+    append_piece(a_out, a_s, l_start, l_n);
+}
+
+void tokenize(const std::string& a_s, const std::string& a_delimiters,
+              std::vector<std::string>& a_out) {
+    bool l_is_delimiter[256] = {};
+    for (const char l_c : a_delimiters)
+        l_is_delimiter[static_cast<unsigned char>(l_c)] = true;
+    std::size_t l_start = 0;
+    for (std::size_t l_i = 0; l_i < a_s.size(); ++l_i) {
+        if (l_is_delimiter[static_cast<unsigned char>(a_s[l_i])]) {
+            append_piece(a_out, a_s, l_start, l_i);
+            l_start = l_i + 1;
+        }
+    }
+    append_piece(a_out, a_s, l_start, a_s.size());
+}
+
+void join_strings(const std::vector<std::string>& a_pieces, char a_sep, std::string& a_out) {
+    join_with_char(a_pieces, a_sep, a_out);
+}
+
+void join_strings(const std::list<std::string>& a_pieces, char a_sep, std::string& a_out) {
+    join_with_char(a_pieces, a_sep, a_out);
+}
+
+void join_strings(const std::vector<std::string>& a_pieces, const std::string& a_sep,
+                  std::string& a_out) {
+    if (a_pieces.empty()) return;
+    std::size_t l_total = a_out.size() + a_sep.size() * (a_pieces.size() - 1);
+    for (const auto& l_piece : a_pieces)
+        l_total += l_piece.size();
+    a_out.reserve(l_total);
+    a_out.append(a_pieces.front());
+    for (std::size_t l_i = 1; l_i < a_pieces.size(); ++l_i) {
+        a_out.append(a_sep).append(a_pieces[l_i]);
+    }
+}
+
+void kvmap_with_kvstr(kvmap& a_out, const std::string& a_s, char a_pair_sep, char a_kv_sep) {
+    if (a_s.empty()) return;
+    const char l_seps[2] = {a_pair_sep, a_kv_sep};
+    // The walk goes on while the start is at most the length, so that a trailing pair
+    // separator yields the empty key.
+    std::size_t l_start = 0;
+    while (l_start <= a_s.size()) {
+        const std::size_t l_key_end = a_s.find_first_of(l_seps, l_start, 2);
+        if (l_key_end == std::string::npos) {
+            a_out[a_s.substr(l_start)].clear();
+            return;
+        }
+        std::size_t l_pair_end = a_s.find(a_pair_sep, l_key_end);
+        if (l_pair_end == std::string::npos) l_pair_end = a_s.size();
+        std::string& l_value = a_out[a_s.substr(l_start, l_key_end - l_start)];
+        if (l_key_end + 1 < l_pair_end) {
+            l_value.assign(a_s, l_key_end + 1, l_pair_end - l_key_end - 1);
+        } else {
+            l_value.clear();
+        }
+        l_start = l_pair_end + 1;
+    }
+}
+
+kvmap kvmap_with_kvstr(const std::string& a_s, char a_pair_sep, char a_kv_sep) {
+    kvmap l_out;
+    kvmap_with_kvstr(l_out, a_s, a_pair_sep, a_kv_sep);
+    return l_out;
+}
+
+void kvstr_with_kvmap(std::string& a_out, const kvmap& a_map, char a_pair_sep, char a_kv_sep) {
+    for (const auto& l_entry : a_map) {
+        if (!l_entry.first.empty()) {
+            if (!a_out.empty()) a_out.push_back(a_pair_sep);
+            a_out.append(l_entry.first);
+        }
+        if (!l_entry.second.empty()) {
+            a_out.push_back(a_kv_sep);
+            a_out.append(l_entry.second);
+        }
+    }
+}
+
+std::string kvstr_with_kvmap(const kvmap& a_map, char a_pair_sep, char a_kv_sep) {
+    std::string l_out;
+    kvstr_with_kvmap(l_out, a_map, a_pair_sep, a_kv_sep);
+    return l_out;
+}
+
+std::string& replace(std::string& a_s, const std::map<std::string, std::string>& a_table) {
+    for (const auto& l_entry : a_table)
+        nubase::replace(a_s, l_entry.first, l_entry.second);
+    return a_s;
+}
+
+std::string string_replaced(const std::string& a_s,
+                            const std::map<std::string, std::string>& a_table) {
+    std::string l_out(a_s);
+    return replace(l_out, a_table);
+}
+
+std::string& replace(std::string& a_s, const std::map<char, std::string>& a_table) {
+    const std::string* l_with[256] = {};
+    for (const auto& l_entry : a_table) {
+        l_with[static_cast<unsigned char>(l_entry.first)] = &l_entry.second;
+    }
+    std::size_t l_i = 0;
+    while (l_i < a_s.size() && l_with[static_cast<unsigned char>(a_s[l_i])] == nullptr)
+        ++l_i;
+    if (l_i == a_s.size()) return a_s;
+    std::string l_out;
+    l_out.reserve(a_s.size() + a_s.size() / 4);
+    l_out.append(a_s, 0, l_i);
+    for (; l_i < a_s.size(); ++l_i) {
+        const std::string* l_r = l_with[static_cast<unsigned char>(a_s[l_i])];
+        if (l_r == nullptr) {
+            l_out.push_back(a_s[l_i]);
+        } else {
+            l_out.append(*l_r);
+        }
+    }
+    a_s.swap(l_out);
+    return a_s;
+}
+
+std::string string_replaced(const std::string& a_s, const std::map<char, std::string>& a_table) {
+    std::string l_out(a_s);
+    return replace(l_out, a_table);
+}
+
+std::string buffer_to_string(const buffer& a_buffer) {
+    std::string l_out;
+    return buffer_to_string(l_out, a_buffer);
+}
+
+std::string& buffer_to_string(std::string& a_out, const buffer& a_buffer) {
+    a_out.assign(reinterpret_cast<const char*>(a_buffer.data()),
+                 static_cast<std::size_t>(a_buffer.size()));
+    return a_out;
+}
+
+}  // namespace strutil
+}  // namespace nubase
