@@ -16,4 +16,7 @@
 #include "nubase/string.hpp"
 #include "nubase/strutil.hpp"
 
+// time
+#include "nubase/timestamp.hpp"
+
 #endif  // NUBASE_NUBASE_HPP

@@ -1,0 +1,325 @@
+// Timestamps: exact conversions and their rounding, the least-common-multiple sum, the text
+// forms, the ISO-8601 zone rule under fixed time zones, the clocks, sleeping and the egg clock.
+#include "nubase/timestamp.hpp"
+
+#include <gtest/gtest.h>
+
+#include <sys/time.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+
+#include "nubase/es.hpp"
+
+namespace {
+
+using nubase::timestamp;
+
+// Sets TZ for the life of the guard and restores the previous value (or its absence).
+class tz_guard {
+  public:
+    explicit tz_guard(const char* a_zone) {
+        const char* old = std::getenv("TZ");
+        m_had = old != nullptr;
+        if (m_had) m_old = old;
+        setenv("TZ", a_zone, 1);
+        tzset();
+    }
+    ~tz_guard() {
+        if (m_had) {
+            setenv("TZ", m_old.c_str(), 1);
+        } else {
+            unsetenv("TZ");
+        }
+        tzset();
+    }
+    tz_guard(const tz_guard&) = delete;
+    tz_guard& operator=(const tz_guard&) = delete;
+
+  private:
+    bool m_had;
+    std::string m_old;
+};
+
+TEST(Timestamp, ConstructorsKeepTheSourceRate) {
+    struct row {
+        const char* what;
+        timestamp ts;
+        unsigned long long ticks, rate;
+    };
+    const row rows[] = {
+        {"ntp", nubase::timestamp_with_ntptime(0x0000000180000000ULL), 0x180000000ULL, 1ULL << 32},
+        {"timespec", nubase::timestamp_with_timespec(timespec{1, 500000000}), 1500000000ULL,
+         1000000000ULL},
+        {"timeval", nubase::timestamp_with_timeval(timeval{2, 250000}), 2250000ULL, 1000000ULL},
+        // Negative fields are sign-extended, then the sum wraps.
+        {"timespec before 1970", nubase::timestamp_with_timespec(timespec{-1, 0}),
+         0ULL - 1000000000ULL, 1000000000ULL},
+        {"timeval negative usec", nubase::timestamp_with_timeval(timeval{1, -1}), 999999ULL,
+         1000000ULL},
+        {"default", timestamp(), 0, 1},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.what);
+        EXPECT_EQ(r.ticks, r.ts.ticks());
+        EXPECT_EQ(r.rate, r.ts.rate());
+    }
+}
+
+TEST(Timestamp, ConversionsRoundWithoutCarry) {
+    const timestamp half = nubase::timestamp_with_timespec(timespec{1, 500000000});
+    EXPECT_EQ(1, half.as_timeval().tv_sec);
+    EXPECT_EQ(500000, half.as_timeval().tv_usec);
+    EXPECT_EQ(0x0000000180000000ULL, half.as_ntptime());
+
+    struct row {
+        unsigned long long ticks, rate;
+        long long sec;
+        long nsec, usec;
+    };
+    const row rows[] = {
+        // A remainder within half a unit of the next second is not carried into it; the product
+        // of the remainder and 10^9 exceeds 64 bits here and must still be exact.
+        {999999999999ULL, 1000000000000ULL, 0, 1000000000, 1000000},
+        {2999999999ULL, 1000000000ULL, 2, 999999999, 1000000},
+        {1ULL, 3ULL, 0, 333333333, 333333},
+        {2ULL, 3ULL, 0, 666666667, 666667},
+        {90000ULL * 3600 + 45000, 90000ULL, 3600, 500000000, 500000},
+        {~0ULL, 1ULL, -1, 0, 0},  // seconds beyond time_t wrap as the conversion does
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(testing::Message() << r.ticks << "/" << r.rate);
+        const timestamp ts(r.ticks, r.rate);
+        EXPECT_EQ(r.sec, static_cast<long long>(ts.as_timespec().tv_sec));
+        EXPECT_EQ(r.nsec, ts.as_timespec().tv_nsec);
+        EXPECT_EQ(r.sec, static_cast<long long>(ts.as_timeval().tv_sec));
+        EXPECT_EQ(r.usec, static_cast<long>(ts.as_timeval().tv_usec));
+    }
+
+    // NTP: seconds in the upper word, the rounded fraction of 2^32 in the lower one.
+    EXPECT_EQ((5ULL << 32) | 0x40000000ULL, timestamp(21, 4).as_ntptime());
+    EXPECT_EQ((7ULL << 32) | 0x55555555ULL, timestamp(22, 3).as_ntptime());
+    EXPECT_EQ((7ULL << 32) | 0xAAAAAAABULL, timestamp(23, 3).as_ntptime());
+    EXPECT_EQ(0x123456789ABCDEF0ULL,
+              nubase::timestamp_with_ntptime(0x123456789ABCDEF0ULL).as_ntptime());
+    // Only the low 32 bits of the seconds are kept.
+    EXPECT_EQ(1ULL << 32, timestamp((1ULL << 32) + 1, 1).as_ntptime());
+}
+
+TEST(Timestamp, SumUsesTheLeastCommonMultipleRate) {
+    struct row {
+        timestamp a, b;
+        unsigned long long ticks, rate;
+    };
+    const row rows[] = {
+        {timestamp(1, 3), timestamp(1, 2), 5, 6},
+        {timestamp(250, 1000), timestamp(1000000000, 1000000000), 1250000000, 1000000000},
+        {timestamp(1, 25), timestamp(1, 30), 11, 150},
+        {timestamp(7, 1000000), timestamp(3, 1000000), 10, 1000000},
+        {timestamp(0, 1ULL << 32), timestamp(1, 1000000000), 1ULL << 23,
+         (1ULL << 32) / 512 * 1000000000ULL},
+        {timestamp(2, 0), timestamp(3, 0), 5, 0},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(testing::Message() << r.a.ticks() << "/" << r.a.rate() << " + " << r.b.ticks()
+                                        << "/" << r.b.rate());
+        for (const timestamp& sum : {r.a + r.b, r.b + r.a}) {
+            EXPECT_EQ(r.ticks, sum.ticks());
+            EXPECT_EQ(r.rate, sum.rate());
+        }
+    }
+}
+
+TEST(Timestamp, WithUtcIsNowPlusTheOffsetWithoutCarry) {
+    timeval before{}, after{};
+    gettimeofday(&before, nullptr);
+    const timestamp t = nubase::timestamp_with_utc(5, 2000000);
+    gettimeofday(&after, nullptr);
+    EXPECT_EQ(1000000u, t.rate());
+    // 2000000 extra microseconds are two more seconds, counted as microseconds.
+    const unsigned long long offset = 5ULL * 1000000 + 2000000;
+    const unsigned long long lo = nubase::timestamp_with_timeval(before).ticks() + offset;
+    const unsigned long long hi = nubase::timestamp_with_timeval(after).ticks() + offset;
+    EXPECT_LE(lo, t.ticks());
+    EXPECT_GE(hi, t.ticks());
+}
+
+TEST(Timestamp, StringWithTimestampFractionWidths) {
+    const timestamp t(3725500, 1000);  // 3725.5 s
+    struct row {
+        timestamp ts;
+        unsigned int units;
+        const char* text;
+    };
+    const row rows[] = {
+        {t, 1000, "01:02:05:500"},
+        {t, 0, "01:02:06"},  // rounded to the second
+        {t, 1, "01:02:06:0"},
+        {t, 25, "01:02:05:13"},  // 93137.5 frames round up to 93138
+        {t, 10, "01:02:05:5"},
+        {t, 11, "01:02:05:06"},    // 11 units: two digits
+        {t, 101, "01:02:05:051"},  // 101 units: three digits (50.5 rounds up)
+        {t, 1001, "01:02:05:0501"},
+        {timestamp(360000, 1), 1000, "100:00:00:000"},  // hours are not wrapped
+        {timestamp(86399999, 1000), 0, "24:00:00"},     // rounding carries into the hours
+        {timestamp(0, 90000), 25, "00:00:00:00"},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.text);
+        EXPECT_EQ(r.text, nubase::string_with_timestamp(r.ts, r.units));
+    }
+}
+
+TEST(Timestamp, SecondsToHhmmss) {
+    struct row {
+        double seconds;
+        const char* text;
+    };
+    const row rows[] = {
+        {3725.5, "01:02:05.500"},
+        {59.25, "00:00:59.250"},
+        {5.25, "00:00:05.250"},
+        {0.0, "00:00:00.000"},
+        {360000.0, "100:00:00.000"},
+        {-3.0, "00:00:00.000"},
+        {std::nan(""), "00:00:00.000"},
+        // The literal zero before a seconds value that rounds up to 10.
+        {9.9996, "00:00:010.000"},
+        {7199.999, "01:59:59.999"},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.text);
+        EXPECT_EQ(r.text, nubase::seconds_to_HHMMSS_string(r.seconds));
+    }
+}
+
+TEST(Timestamp, IsoTimeZoneRuleUnderFixedZones) {
+    struct row {
+        const char* iso;
+        unsigned int seconds;
+    };
+    const row rows[] = {
+        {"1970-01-01T00:00:00+00:00", 0},
+        {"1970-01-01T01:00:00+01:00", 0},
+        {"2001-09-09T01:46:40Z", 1000000000},
+        {"2001-09-09T01:46:40", 1000000000},
+        {"2001-09-09T03:16:40+01:30", 1000000000},
+        {"2001-09-09T00:16:40-01:30", 1000000000},
+        // "-00:30" has a zero hours field, so its minutes count as east of UTC.
+        {"2001-09-09T02:16:40-00:30", 1000000000},
+        {"2038-01-19T03:14:08Z", 0x80000000u},  // past the signed 32-bit range
+        {"2001-13-01T00:00:00Z", 1009843200},   // month 13 is January of the next year
+    };
+    // The result does not depend on the local zone when that zone has no daylight-saving rule.
+    for (const char* zone : {"UTC0", "JST-9", "XYZ+05:30"}) {
+        tz_guard guard(zone);
+        for (const auto& r : rows) {
+            SCOPED_TRACE(testing::Message() << zone << " " << r.iso);
+            EXPECT_EQ(r.seconds, nubase::time_in_seconds(r.iso));
+        }
+    }
+}
+
+TEST(Timestamp, LocalCalendarText) {
+    {
+        tz_guard guard("UTC0");
+        EXPECT_EQ("Wed Jun 30 21:49:08 1993", nubase::time_string(741476948));
+        EXPECT_EQ("Thu Jan  1 00:00:00 1970", nubase::time_string(0));
+        EXPECT_EQ("Sun Feb  7 06:28:15 2106", nubase::time_string(0xFFFFFFFFu));
+    }
+    {
+        tz_guard guard("JST-9");
+        EXPECT_EQ("Thu Jul  1 06:49:08 1993", nubase::time_string(741476948));
+
+        EXPECT_EQ("%", nubase::get_strftime_output("%%", 2));
+        EXPECT_EQ("JST", nubase::get_strftime_output("%Z", 4));
+        EXPECT_EQ("", nubase::get_strftime_output("%Z", 3)) << "no room for the NUL";
+        EXPECT_EQ("", nubase::get_strftime_output("%Y", 0));
+        EXPECT_EQ("", nubase::get_strftime_output(nullptr, 10));
+        EXPECT_EQ(4u, nubase::get_strftime_output("%Y", 5).size());
+        EXPECT_EQ("+0900", nubase::get_strftime_output("%z", 64));
+
+        // Local date variables agree with the local calendar of the same second.
+        for (int attempt = 0; attempt < 3; ++attempt) {
+            unsigned int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+            const std::time_t before = std::time(nullptr);
+            nubase::time_get_date_variables(&year, &month, &day, &hour, &minute, &second);
+            if (std::time(nullptr) != before) continue;  // a second ticked: try again
+            const std::time_t shifted = before + 9 * 3600;
+            std::tm utc{};
+            gmtime_r(&shifted, &utc);
+            EXPECT_EQ(static_cast<unsigned>(utc.tm_year + 1900), year);
+            EXPECT_EQ(static_cast<unsigned>(utc.tm_mon + 1), month);
+            EXPECT_EQ(static_cast<unsigned>(utc.tm_mday), day);
+            EXPECT_EQ(static_cast<unsigned>(utc.tm_hour), hour);
+            EXPECT_EQ(static_cast<unsigned>(utc.tm_min), minute);
+            EXPECT_EQ(static_cast<unsigned>(utc.tm_sec), second);
+            break;
+        }
+        unsigned int only_month = 0;
+        nubase::time_get_date_variables(nullptr, &only_month, nullptr, nullptr, nullptr, nullptr);
+        EXPECT_GE(only_month, 1u);
+        EXPECT_LE(only_month, 12u);
+    }
+}
+
+TEST(Timestamp, ClocksAndSleeping) {
+    EXPECT_EQ(1000000000u, nubase::time_resolution());
+    const auto elapsed_ms = [](auto&& a_sleep) {
+        const unsigned long long start = nubase::time_now();
+        a_sleep();
+        return (nubase::time_now() - start) / (nubase::time_resolution() / 1000);
+    };
+    EXPECT_GE(elapsed_ms([] { nubase::sleep_milliseconds(20); }), 20u);
+    EXPECT_GE(elapsed_ms([] { nubase::sleep_microseconds(15000); }), 15u);
+    EXPECT_GE(elapsed_ms([] { nubase::sleep_seconds(0.015); }), 15u);
+    EXPECT_LT(elapsed_ms([] { nubase::sleep_seconds(-5.0); }), 1000u);
+    EXPECT_LT(elapsed_ms([] { nubase::sleep_seconds(std::nan("")); }), 1000u);
+    EXPECT_LT(elapsed_ms([] { nubase::sleep_seconds(0u); }), 1000u);
+
+    const unsigned int wall = nubase::time_in_seconds();
+    EXPECT_LE(static_cast<unsigned int>(std::time(nullptr)) - wall, 1u);
+}
+
+TEST(EggClock, FlagsAndDuration) {
+    nubase::egg_clock zero(0);
+    EXPECT_FALSE(zero.activate());
+    EXPECT_FALSE(zero.is_active());
+    EXPECT_FALSE(zero.is_ringing());
+
+    nubase::egg_clock clock(3600);
+    EXPECT_EQ(3600u, clock.time());
+    clock.ring();  // forced, while inactive
+    EXPECT_TRUE(clock.is_ringing());
+    EXPECT_TRUE(clock.activate());
+    EXPECT_TRUE(clock.is_ringing()) << "activate keeps a forced ring";
+    clock.deactivate();
+    EXPECT_FALSE(clock.is_ringing());
+    EXPECT_FALSE(clock.is_active());
+    EXPECT_TRUE(clock.activate());
+    EXPECT_TRUE(clock.is_active());
+    EXPECT_FALSE(clock.is_ringing());
+    clock.set_time(0);
+    EXPECT_EQ(0u, clock.time());
+    EXPECT_TRUE(clock.is_active());
+    EXPECT_FALSE(clock.activate()) << "a running clock set to 0 cannot be restarted";
+}
+
+TEST(EggClock, RingsOnlyAfterStrictlyMoreThanTheDuration) {
+    nubase::egg_clock clock(1);
+    ASSERT_TRUE(clock.activate());
+    const unsigned long long start = nubase::time_now();
+    const unsigned long long second = nubase::time_resolution();
+    while (!clock.is_ringing() && nubase::time_now() - start < 5 * second) {
+        nubase::sleep_milliseconds(10);
+    }
+    const unsigned long long elapsed = nubase::time_now() - start;
+    EXPECT_TRUE(clock.is_ringing());
+    // Two whole-second marks must pass: more than one second, at most a little over two.
+    EXPECT_GT(elapsed, second);
+    EXPECT_LT(elapsed, 3 * second + second / 2);
+}
+
+}  // namespace
