@@ -15,6 +15,7 @@
 // text
 #include "nubase/string.hpp"
 #include "nubase/strutil.hpp"
+#include "nubase/conv.hpp"
 
 // time
 #include "nubase/timestamp.hpp"

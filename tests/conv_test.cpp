@@ -1,0 +1,161 @@
+// Number conversions, percentages, four-character codes, version order and random helpers.
+// Expected values are worked by hand from the C library's documented strtol-family rules and
+// the packing rule in nubase/conv.hpp.
+#include "nubase/conv.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cfloat>
+#include <climits>
+#include <cmath>
+#include <cstdlib>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "nubase/string.hpp"
+
+namespace {
+
+namespace conv = nubase::conv;
+namespace version = nubase::version;
+namespace math = nubase::math;
+
+TEST(Conv, NumbersFromTextFollowTheStrtolRules) {
+    EXPECT_EQ(42, conv::string_to_int(" \t42abc", 10));
+    EXPECT_EQ(-7, conv::string_to_long("-7", 10));
+    EXPECT_EQ(31, conv::string_to_int("0x1F", 16));
+    EXPECT_EQ(8, conv::string_to_int("010", 0));
+    EXPECT_EQ(0, conv::string_to_int("abc", 10));
+    EXPECT_EQ(0, conv::string_to_int(nullptr, 10));
+    // The long value is cut to 32 bits: 2^32 + 1 gives 1, the clamped LONG_MAX gives -1.
+    EXPECT_EQ(1, conv::string_to_long("4294967297", 10));
+    EXPECT_EQ(-1, conv::string_to_long("99999999999999999999", 10));
+    EXPECT_EQ(0xFFFFFFFFu, conv::string_to_uint("-1", 10));
+    EXPECT_EQ(0xFFFFFFFFu, conv::string_to_ulong("ffffffff", 16));
+    EXPECT_EQ(0u, conv::string_to_ulong(nullptr, 10));
+    EXPECT_EQ(INT64_MIN, conv::string_to_longlong("-9223372036854775809", 10));
+    EXPECT_EQ(1099511627776LL, conv::string_to_longlong("1099511627776", 10));
+    EXPECT_EQ(UINT64_MAX, conv::string_to_ulonglong("18446744073709551616", 10));
+    EXPECT_EQ(0777u, conv::string_to_ulonglong("0777", 0));
+    EXPECT_FLOAT_EQ(1.5f, conv::string_to_float("1.5x"));
+    EXPECT_DOUBLE_EQ(-2000.0, conv::string_to_double(" -2e3"));
+    EXPECT_EQ(0.0, conv::string_to_double("x1"));
+    EXPECT_TRUE(std::isinf(conv::string_to_double("1e400")));
+}
+
+TEST(Conv, WordsAndPercentages) {
+    EXPECT_STREQ("yes", conv::yes_no_c_str(true));
+    EXPECT_STREQ("no", conv::yes_no_c_str(false));
+    EXPECT_STREQ("true", conv::true_false_c_str(true));
+    EXPECT_STREQ("false", conv::true_false_c_str(false));
+
+    struct row {
+        double fraction;
+        int percent;
+    };
+    const row l_rows[] = {{0.123, 12}, {0.125, 13}, {-0.5, 50},  {1.0, 100}, {0.0, 0},
+                          {-0.0, 0},   {0.004, 0},  {-2.5, 250}, {-0.25, 25}};
+    for (const auto& l_r : l_rows) {
+        SCOPED_TRACE(l_r.fraction);
+        EXPECT_EQ(l_r.percent, conv::double_to_percent(l_r.fraction));
+        EXPECT_EQ(l_r.percent, conv::float_to_percent(static_cast<float>(l_r.fraction)));
+    }
+    EXPECT_EQ(0, conv::double_to_percent(std::nan("")));
+    EXPECT_EQ(INT_MAX, conv::double_to_percent(1e300));
+    EXPECT_EQ(INT_MAX, conv::float_to_percent(-HUGE_VALF));
+}
+
+TEST(Conv, FourccPadsWithSpacesAndInvertsTheFourccString) {
+    EXPECT_EQ(0x61626364u, conv::fourcc_with_string("abcd"));
+    EXPECT_EQ(conv::fourcc_with_string("ab  "), conv::fourcc_with_string("ab"));
+    EXPECT_EQ(0x61622020u, conv::fourcc_with_string("ab"));
+    EXPECT_EQ(conv::fourcc_with_string("abcd"), conv::fourcc_with_string("abcdef"));
+    EXPECT_EQ(0x20202020u, conv::fourcc_with_string(""));
+    EXPECT_EQ(0xFF002020u, conv::fourcc_with_string(std::string("\xFF\0", 2)));
+    for (const char* l_code : {"tmcd", "mp4a", "avc1", " ~ !"}) {
+        EXPECT_EQ(l_code, nubase::string_with_fourcc(conv::fourcc_with_string(l_code), '?'));
+    }
+}
+
+TEST(Version, PackedValueSpillsLargeFieldsLeft) {
+    struct row {
+        const char* text;
+        std::uint32_t value;
+    };
+    const row l_rows[] = {
+        {"1.2.3.4", 0x01020304u},
+        {"10.4", 0x0A040000u},
+        {"1.2.3.4.5", 0x01020304u},
+        {"", 0u},
+        {"a.b", 0u},
+        {"2x.3", 0x02030000u},
+        {"1..2", 0x01000200u},
+        {"1.256", 0x01000000u},
+        {"1.2.300", 0x01032C00u},
+        {"0.0.0.65536", 0x00010000u},
+        {"4294967296", 0u},
+        // strtoul rules: white space and a sign; a negative field is its two's complement, and
+        // an out-of-range field is ULONG_MAX, whose low bits fill everything from its place left.
+        {" 3.+4", 0x03040000u},
+        {"3.-1", 0xFFFF0000u},
+        {"99999999999999999999.1", 0xFF010000u},
+        {"1.99999999999999999999", 0xFFFF0000u},
+    };
+    for (const auto& l_r : l_rows) {
+        SCOPED_TRACE(l_r.text);
+        EXPECT_EQ(l_r.value, version::value(l_r.text));
+    }
+}
+
+TEST(Version, LessMeansNewer) {
+    const version::less l_less;
+    const version::greater l_greater;
+    EXPECT_FALSE(l_less("2.0", "10.0"));
+    EXPECT_TRUE(l_less("10.0", "2.0"));
+    EXPECT_TRUE(l_greater("1.9", "1.10"));
+    EXPECT_FALSE(l_greater("1.10", "1.9"));
+    for (const auto& l_pair :
+         {std::make_pair("1.2", "1.2.0"), std::make_pair("1.2.3.4.5", "1.2.3.4"),
+          std::make_pair("1.256", "1")}) {
+        EXPECT_FALSE(l_less(l_pair.first, l_pair.second));
+        EXPECT_FALSE(l_less(l_pair.second, l_pair.first));
+        EXPECT_FALSE(l_greater(l_pair.first, l_pair.second));
+        EXPECT_FALSE(l_greater(l_pair.second, l_pair.first));
+    }
+    const std::set<std::string, version::less> l_newest_first = {"1.2", "10.1", "2.0.1", "1.2.0"};
+    EXPECT_EQ((std::vector<std::string>{"10.1", "2.0.1", "1.2"}),
+              std::vector<std::string>(l_newest_first.begin(), l_newest_first.end()));
+}
+
+TEST(Math, ConstantsAndRandomRanges) {
+    EXPECT_EQ(std::ldexp(1.0f, -23), math::float_epsilon());
+    EXPECT_FLOAT_EQ(1.1920929e-7f, math::float_epsilon());
+    EXPECT_EQ(2147483647, math::rand_max());
+
+    math::rand_seed(3);
+    const int l_first = std::rand();
+    math::rand_seed(3);
+    EXPECT_EQ(10 + l_first % 10, math::rand_int(10, 19));
+
+    for (int l_i = 0; l_i < 2000; ++l_i) {
+        EXPECT_EQ(5, math::rand_int(5, 5));
+        const int l_die = math::rand_int(1, 6);
+        EXPECT_TRUE(l_die >= 1 && l_die <= 6) << l_die;
+        const int l_neg = math::rand_int(-3, -1);
+        EXPECT_TRUE(l_neg >= -3 && l_neg <= -1) << l_neg;
+        // Reversed bounds: modulus |3 - 10 + 1| = 6, so the result lies in [10, 15].
+        const int l_rev = math::rand_int(10, 3);
+        EXPECT_TRUE(l_rev >= 10 && l_rev <= 15) << l_rev;
+        const int l_wide = math::rand_int(INT_MIN, INT_MAX);
+        EXPECT_LE(l_wide, -1) << "INT_MIN + rand() stays below zero";
+        const float l_f = math::rand_float(2.0f, 4.0f);
+        EXPECT_TRUE(l_f >= 2.0f && l_f <= 4.0f) << l_f;
+        const float l_rf = math::rand_float(4.0f, 2.0f);
+        EXPECT_TRUE(l_rf >= 4.0f && l_rf <= 6.0f) << l_rf;
+    }
+    EXPECT_EQ(7, math::rand_int(7, 6)) << "the zero modulus gives low";
+    math::rand_seed();
+}
+
+}  // namespace
