@@ -20,4 +20,9 @@
 // time
 #include "nubase/timestamp.hpp"
 
+// streams
+#include "nubase/stream.hpp"
+#include "nubase/bytestream.hpp"
+#include "nubase/bitstream.hpp"
+
 #endif  // NUBASE_NUBASE_HPP

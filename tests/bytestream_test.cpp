@@ -1,0 +1,229 @@
+// Byte streams: refills with every carry offset, the failure state at the end of data, aligned
+// runs, skips across blocks, and the writer's byte-exact output and flushes.
+#include "nubase/bytestream.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "nubase/es.hpp"
+
+namespace {
+
+using namespace nubase;
+
+// A reader over a byte vector that returns at most `piece` bytes per call and records requests.
+class piece_rd : public stream::rd {
+  public:
+    piece_rd(std::vector<unsigned char> data, unsigned long long piece)
+        : m_data(std::move(data)), m_piece(piece) {}
+    unsigned long long read(void* p, unsigned long long n) override {
+        requests.push_back(n);
+        unsigned long long c = std::min({n, m_piece, m_data.size() - m_pos});
+        std::memcpy(p, m_data.data() + m_pos, c);
+        m_pos += c;
+        return c;
+    }
+    unsigned long long tell() override { return m_pos; }
+    std::vector<unsigned long long> requests;
+
+  private:
+    std::vector<unsigned char> m_data;
+    unsigned long long m_piece;
+    unsigned long long m_pos = 0;
+};
+
+// A writer that records every write call.
+class log_wr : public stream::wr {
+  public:
+    void write(const void* p, unsigned long long n) override {
+        writes.push_back(n);
+        out.insert(out.end(), static_cast<const unsigned char*>(p),
+                   static_cast<const unsigned char*>(p) + n);
+    }
+    void flush() override { ++flushes; }
+    unsigned long long tell() override { return out.size(); }
+    std::vector<unsigned long long> writes;
+    std::vector<unsigned char> out;
+    int flushes = 0;
+};
+
+std::vector<unsigned char> counting(unsigned n) {
+    std::vector<unsigned char> v(n);
+    for (unsigned i = 0; i < n; ++i)
+        v[i] = static_cast<unsigned char>(i * 7 + 3);
+    return v;
+}
+
+TEST(ByteStream, ReaderBasics) {
+    piece_rd src({1, 2, 3, 4}, 100);
+    bytestream::rd r(src, 10);
+    const unsigned char* p = r.read_at(3);
+    EXPECT_EQ(1, p[0]);
+    EXPECT_EQ(3, p[2]);
+    EXPECT_EQ(16u, src.requests.at(0));  // block 10 is rounded up to 16
+    EXPECT_EQ(3u, r.tell());
+    EXPECT_EQ(4, *r.peek_at(1));
+    EXPECT_EQ(3u, r.tell());
+
+    piece_rd six({1, 2, 3, 4, 5, 6}, 100);
+    bytestream::rd r6(six, 8);
+    EXPECT_TRUE(r6.has_bytes(6));
+    EXPECT_EQ(2u, r6.boundary(4));
+    r6.align(4);
+    EXPECT_EQ(3, *r6.read_at(1));  // the two bytes before the aligned position are dropped
+    EXPECT_EQ(3u, r6.tell());
+
+    piece_rd empty({}, 100);
+    bytestream::rd re(empty, 8);
+    EXPECT_THROW(re.has_bytes(1), es::uflow);
+    piece_rd two({1, 2}, 100);
+    bytestream::rd r2(two, 8);
+    EXPECT_FALSE(r2.has_bytes(3));  // the source ended during the refill: false, bytes kept
+    EXPECT_EQ(1, *r2.read_at(2));
+}
+
+TEST(ByteStream, FieldsAcrossRefillsWithEveryCarryOffset) {
+    const std::vector<unsigned char> data = counting(700);
+    for (unsigned long long block : {0ULL, 8ULL, 16ULL, 40ULL}) {
+        for (unsigned long long piece : {1ULL, 5ULL, 1000ULL}) {
+            for (unsigned start = 0; start < 16; ++start) {
+                SCOPED_TRACE(testing::Message()
+                             << "block " << block << " piece " << piece << " start " << start);
+                piece_rd src(data, piece);
+                bytestream::rd r(src, block);
+                r.skip(start);
+                unsigned long long pos = start;
+                for (unsigned i = 0; pos + 8 <= data.size(); ++i) {
+                    const unsigned n = 1 + (i * 5 + start) % 8;
+                    ASSERT_EQ(0, std::memcmp(data.data() + pos, r.peek_at(n), n)) << pos;
+                    ASSERT_EQ(0, std::memcmp(data.data() + pos, r.read_at(n), n)) << pos;
+                    pos += n;
+                    ASSERT_EQ(pos, r.tell());
+                }
+            }
+        }
+    }
+}
+
+TEST(ByteStream, EndOfDataKeepsPositionAndBytes) {
+    const std::vector<unsigned char> data = counting(21);
+    piece_rd src(data, 3);
+    bytestream::rd r(src, 8);
+    r.skip(16);
+    try {
+        r.read_at(8);
+        FAIL() << "no uflow";
+    } catch (const es::uflow& e) {
+        EXPECT_STREQ("lib/nubase/src/stream_rd", e.file());
+        EXPECT_STREQ("n/a", e.what());
+    }
+    EXPECT_EQ(16u, r.tell());
+    EXPECT_THROW(r.has_bytes(6), es::uflow);  // an exhausted source raises, it does not say no
+    const unsigned char* p = r.read_at(5);    // what arrived before the end is still there
+    EXPECT_EQ(0, std::memcmp(data.data() + 16, p, 5));
+    EXPECT_EQ(21u, r.tell());
+    EXPECT_THROW(r.peek_at(1), es::uflow);
+    EXPECT_THROW(r.read_at(1), es::uflow);
+    EXPECT_EQ(21u, r.tell());
+
+    piece_rd src2(data, 4);
+    bytestream::rd r2(src2, 8);
+    r2.read_at(1);
+    EXPECT_THROW(r2.skip(30), es::uflow);  // a failed skip consumes everything it saw
+    EXPECT_EQ(21u, r2.tell());
+    try {
+        r2.read_at(17);
+        FAIL();
+    } catch (const es::arg& e) {
+        EXPECT_STREQ("lib/nubase/src/bytestream", e.file());
+        EXPECT_STREQ("field larger than the cache", e.what());
+    }
+}
+
+TEST(ByteStream, RunsAndSkipsBypassOrSpanTheCache) {
+    const std::vector<unsigned char> data = counting(300);
+    for (unsigned long long piece : {3ULL, 1000ULL}) {
+        SCOPED_TRACE(piece);
+        piece_rd src(data, piece);
+        bytestream::rd r(src, 16);
+        r.read_at(2);
+        std::vector<unsigned char> out(100);
+        EXPECT_EQ(100u, r.read(out.data(), 100));  // cached part, then straight from the source
+        EXPECT_EQ(0, std::memcmp(data.data() + 2, out.data(), 100));
+        EXPECT_EQ(102u, r.tell());
+        r.skip(95);
+        EXPECT_EQ(197u, r.tell());
+        EXPECT_EQ(data[197], *r.read_at(1));
+        r.read_at(2);  // 200; one more byte makes 201 with the rest cached
+        r.read_at(1);
+        const unsigned long long before = r.tell();
+        r.read(out.data(), 4, 4);  // rounds the available count down to a multiple of 4
+        EXPECT_GE(r.tell(), before + 4);
+        EXPECT_EQ(0, std::memcmp(data.data() + r.tell() - 4, out.data(), 4));
+        std::vector<unsigned char> big(200);
+        const unsigned long long at = r.tell();
+        EXPECT_THROW(r.read(big.data(), 200), es::uflow);
+        EXPECT_EQ(300u, r.tell());
+        EXPECT_EQ(0, std::memcmp(data.data() + at, big.data(), 300 - at));
+    }
+}
+
+TEST(ByteStream, WriterFlushesWholeWordsAndOnDestruction) {
+    log_wr sink;
+    {
+        bytestream::wr w(sink, 16);
+        for (int i = 0; i < 20; ++i) {
+            *w.write_at(1) = static_cast<unsigned char>(i);
+            EXPECT_EQ(i < 16 ? 0u : 16u, sink.out.size()) << i;
+        }
+        EXPECT_EQ(20u, w.tell());
+    }
+    ASSERT_EQ(20u, sink.out.size());
+    for (int i = 0; i < 20; ++i)
+        EXPECT_EQ(i, sink.out[i]);
+    EXPECT_EQ((std::vector<unsigned long long>{16, 4}), sink.writes);
+    EXPECT_EQ(0, sink.flushes);
+}
+
+TEST(ByteStream, WriterOutputIsByteExact) {
+    log_wr sink;
+    {
+        bytestream::wr w(sink, 8);
+        std::memcpy(w.write_at(3), "\x01\x02\x03", 3);
+        w.align(4);  // one zero byte
+        EXPECT_EQ(4u, w.tell());
+        w.skip(2);
+        w.write(reinterpret_cast<const unsigned char*>("AB"), 2, 1);
+        w.write(reinterpret_cast<const unsigned char*>("0123456789"), 10, 4);  // too big: straight
+        w.skip(19);  // more than two blocks of zeros
+        std::memcpy(w.write_at(2), "zz", 2);
+        EXPECT_EQ(39u, w.tell());
+        log_wr other;
+        w.clear(other);  // flushes to the old sink
+        EXPECT_EQ(39u, sink.out.size());
+        std::memcpy(w.write_at(1), "Q", 1);
+    }
+    std::string expected(
+        "\x01\x02\x03\x00\x00\x00"
+        "AB"
+        "0123456789",
+        18);
+    expected += std::string(19, '\0') + "zz";
+    EXPECT_EQ(expected, std::string(sink.out.begin(), sink.out.end()));
+}
+
+TEST(ByteStream, UnbufferedWriterAndCheckedFlush) {
+    log_wr sink;
+    bytestream::wr w(sink, 0);
+    w.write(reinterpret_cast<const unsigned char*>("abc"), 3);
+    w.skip(300);
+    EXPECT_EQ(303u, sink.out.size());
+    EXPECT_THROW(w.write_at(1), es::arg);
+    EXPECT_EQ(303u, w.tell());
+}
+
+}  // namespace
