@@ -19,6 +19,7 @@
 
 // time
 #include "nubase/timestamp.hpp"
+#include "nubase/timecode.hpp"
 
 // streams
 #include "nubase/stream.hpp"

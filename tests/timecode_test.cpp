@@ -1,0 +1,437 @@
+// Timecode: drop-frame labelling over whole days, stepping at minute boundaries, the text forms
+// and their failures, the field setters' carries and the conversions.
+#include "nubase/timecode.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+
+#include "nubase/es.hpp"
+#include "vectors/timecode.hpp"
+
+namespace {
+
+using nubase::timecode;
+using nubase_vectors::timecode_vectors::k_labels;
+using nubase_vectors::timecode_vectors::k_texts;
+
+std::string text_of(const timecode& a_tc) {
+    return nubase::string_with_timecode(a_tc, true);
+}
+
+TEST(Timecode, ModesBasesAndTexts) {
+    struct row {
+        timecode::mode_type mode;
+        unsigned int base;
+        bool fractional;
+        const char* text;
+    };
+    const row rows[] = {
+        {timecode::mode_invalid, 1, false, "invalid"},
+        {timecode::mode_24, 24, false, "24"},
+        {timecode::mode_25, 25, false, "25"},
+        {timecode::mode_30, 30, false, "30"},
+        {timecode::mode_50, 50, false, "50"},
+        {timecode::mode_60, 60, false, "60"},
+        {timecode::mode_23_976, 24, true, "23.976"},
+        {timecode::mode_29_97_drop, 30, true, "29.97"},
+        {timecode::mode_59_94_drop, 60, true, "59.54"},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.text);
+        const timecode tc(r.mode);
+        EXPECT_EQ(r.base, tc.base());
+        EXPECT_EQ(r.fractional, tc.is_fractional());
+        EXPECT_EQ(r.mode != timecode::mode_invalid, tc.is_valid());
+        EXPECT_STREQ(r.text, timecode::mode_c_str(r.mode));
+        EXPECT_EQ(r.mode, timecode::mode_from_string(r.text)) << "text round trip";
+    }
+    EXPECT_STREQ("invalid", timecode::mode_c_str(static_cast<timecode::mode_type>(0x7019)));
+
+    struct parse {
+        const char* text;
+        timecode::mode_type mode;
+    };
+    const parse parses[] = {
+        {"24.000", timecode::mode_24},         {"24.5", timecode::mode_invalid},
+        {"240", timecode::mode_invalid},       {"23.9761", timecode::mode_23_976},
+        {"25.000", timecode::mode_25},         {"29.970   ", timecode::mode_29_97_drop},
+        {"30.01", timecode::mode_30},          {"59.94", timecode::mode_invalid},
+        {"59.540", timecode::mode_59_94_drop}, {"6", timecode::mode_invalid},
+        {"", timecode::mode_invalid},          {" 25", timecode::mode_invalid},
+        {"50.0x", timecode::mode_50},          {"60.0", timecode::mode_60},
+    };
+    for (const auto& p : parses) {
+        SCOPED_TRACE(p.text);
+        EXPECT_EQ(p.mode, timecode::mode_from_string(p.text));
+    }
+}
+
+TEST(Timecode, KnownLabelsCountTextAndTmcd) {
+    for (const auto& v : k_labels) {
+        SCOPED_TRACE(v.text);
+        const timecode tc(v.mode, v.hour, v.minute, v.second, v.frame, 1);
+        EXPECT_EQ(v.counter, tc.counter());
+        EXPECT_EQ(v.total_frames, tc.total_frames());
+        EXPECT_EQ(v.text, text_of(tc));
+        EXPECT_EQ(v.hour, tc.hour());
+        EXPECT_EQ(v.minute, tc.minute());
+        EXPECT_EQ(v.second, tc.second());
+        EXPECT_EQ(v.frame, tc.frame());
+
+        // Fixed-column text back into a timecode of the same mode (hours of two digits only).
+        if (v.hour < 100) {
+            timecode parsed(v.mode);
+            parsed.set(v.text);
+            EXPECT_EQ(tc, parsed);
+        }
+        const unsigned int tmcd = tc.as_quicktime_tmcd();
+        EXPECT_EQ(tc.is_fractional(), (tmcd & 0x80) != 0);
+        if (v.hour < 256) {
+            EXPECT_EQ(tc, nubase::timecode_with_quicktime_tmcd(v.mode, tmcd, 1));
+        }
+    }
+    const timecode pal(timecode::mode_25, 1, 2, 3, 4, 2);
+    EXPECT_EQ(0x01020304u, pal.as_quicktime_tmcd());
+    EXPECT_EQ(2u, pal.factor());
+    const timecode from_tmcd =
+        nubase::timecode_with_quicktime_tmcd(timecode::mode_25, 0x01020384, 2);
+    EXPECT_EQ(pal, from_tmcd) << "bit 7 is the drop flag, not part of the frame";
+    EXPECT_EQ(2u, from_tmcd.factor());
+    EXPECT_EQ("01:02:03.04", nubase::string_with_timecode(pal, false));
+    EXPECT_EQ("00:00:59,29", nubase::string_with_timecode(
+                                 timecode(timecode::mode_29_97_drop, 0, 0, 59, 29), false));
+    EXPECT_EQ("", text_of(timecode(timecode::mode_invalid)));
+}
+
+// Walks a whole day (and one label more) of drop-frame labels with ++ beside a plain odometer
+// model of the labelling rule; every visited label must be the next legal one, its real frame
+// count the number of steps taken, and its text must use ';'.
+void walk_a_day(timecode::mode_type a_mode, unsigned int a_base, unsigned int a_dropped) {
+    const unsigned int day = 24u * 3600u * a_base - 24u * 54u * a_dropped;  // 144 x 54 minutes drop
+    timecode tc(a_mode);
+    unsigned int h = 0, m = 0, s = 0, f = 0;
+    unsigned int mismatches = 0;
+    for (unsigned int step = 0; step <= day && mismatches < 5; ++step) {
+        if (tc.hour() != h || tc.minute() != m || tc.second() != s || tc.frame() != f ||
+            tc.total_frames() != step) {
+            ++mismatches;
+            ADD_FAILURE() << "step " << step << ": " << text_of(tc) << " frames "
+                          << tc.total_frames() << ", expected " << h << ":" << m << ":" << s << ";"
+                          << f;
+        }
+        if (s == 0 || s == 59) {  // around every minute boundary
+            char expected[16];
+            std::snprintf(expected, sizeof expected, "%02u:%02u:%02u;%02u", h, m, s, f);
+            if (text_of(tc) != expected) {
+                ++mismatches;
+                ADD_FAILURE() << "step " << step << ": " << text_of(tc) << " != " << expected;
+            }
+        }
+        ++tc;
+        if (++f == a_base) {
+            f = 0;
+            if (++s == 60) {
+                s = 0;
+                if (++m == 60) {
+                    m = 0;
+                    ++h;
+                }
+            }
+        }
+        if (s == 0 && f == 0 && m % 10 != 0) f = a_dropped;
+    }
+    EXPECT_EQ(24u, h);
+    EXPECT_EQ(day + 1, tc.total_frames());
+}
+
+TEST(Timecode, DropFrameStepsVisitExactlyTheLegalLabelsOfADay) {
+    walk_a_day(timecode::mode_29_97_drop, 30, 2);
+    walk_a_day(timecode::mode_59_94_drop, 60, 4);
+}
+
+TEST(Timecode, DropFrameStepsAcrossMinuteBoundaries) {
+    for (unsigned int mm = 5; mm <= 14; ++mm) {
+        SCOPED_TRACE(testing::Message() << "minute " << mm);
+        const bool tenth = (mm + 1) % 10 == 0;
+        const timecode last(timecode::mode_29_97_drop, 0, mm, 59, 29, 1);
+        timecode t = last;
+        ++t;
+        EXPECT_EQ(tenth ? 0u : 2u, t.frame());
+        EXPECT_EQ(mm + 1, t.minute());
+        EXPECT_TRUE(timecode::is_consecutive(last, t));
+        EXPECT_TRUE(timecode::is_consecutive(t, last)) << "order of the arguments does not matter";
+        t = last;
+        t += 5;
+        EXPECT_EQ(tenth ? 4u : 6u, t.frame());
+        const timecode by3(timecode::mode_29_97_drop, 0, mm, 59, 29, 3);
+        EXPECT_EQ(tenth ? 2u : 4u, (by3 + 1).frame());
+        const timecode by2(timecode::mode_29_97_drop, 0, mm, 59, 29, 2);
+        EXPECT_EQ(tenth ? 9u : 11u, (by2 + 5).frame());
+    }
+    // At 59.94 four labels go; crossing two boundaries at once drops twice.
+    timecode t60(timecode::mode_59_94_drop, 0, 0, 59, 59, 1);
+    EXPECT_EQ("00:01:00;04", text_of(++t60));
+    // A step longer than a minute counts the boundaries within n labels of the start, not
+    // within n real frames: two minutes of frames from 00:01:00;02 fall two labels short.
+    timecode two_minutes(timecode::mode_29_97_drop, 0, 1, 0, 2, 1);
+    two_minutes.increment(2 * 1798);
+    EXPECT_EQ("00:03:00;00", text_of(two_minutes));
+}
+
+TEST(Timecode, StepOperatorsAndConsecutiveness) {
+    timecode t(timecode::mode_29_97_drop, 0, 0, 1, 15, 1);
+    ASSERT_EQ(45u, t.counter());
+    const timecode before = t++;
+    EXPECT_EQ(45u, before.total_frames());
+    EXPECT_EQ(46u, t.total_frames());
+    EXPECT_EQ(47u, (++t).total_frames());
+    EXPECT_TRUE(t < t + 2);
+    EXPECT_FALSE(timecode::is_consecutive(t, t)) << "equal values";
+    EXPECT_FALSE(timecode::is_consecutive(t, t + 2)) << "two steps apart";
+
+    const timecode ntsc(timecode::mode_29_97_drop, 0, 8, 59, 29, 1);
+    EXPECT_EQ("00:09:00;02", text_of(ntsc + 1));
+    EXPECT_TRUE(timecode::is_consecutive(ntsc, ntsc + 1));
+    const timecode ntsc_label_after(timecode::mode_29_97_drop, 0, 9, 0, 0, 1);
+    EXPECT_FALSE(timecode::is_consecutive(ntsc, ntsc_label_after)) << "a skipped label";
+    const timecode thirty(timecode::mode_30, 0, 8, 59, 29, 1);
+    EXPECT_EQ("00:09:00:00", text_of(thirty + 1));
+    EXPECT_TRUE(timecode::is_consecutive(thirty, thirty + 1));
+    EXPECT_FALSE(timecode::is_consecutive(thirty, thirty + 2));
+    const timecode by4(timecode::mode_25, 0, 0, 0, 0, 4);
+    EXPECT_TRUE(timecode::is_consecutive(by4, by4 + 1));
+    EXPECT_EQ(4u, (by4 + 1).counter());
+
+    // Equality is mode and counter; order is the counter alone.
+    EXPECT_NE(timecode(timecode::mode_25, 0, 0, 1, 0), timecode(timecode::mode_24, 0, 0, 0, 25));
+    EXPECT_NE(timecode(timecode::mode_25, 0, 0, 1, 0), timecode(timecode::mode_25, 0, 0, 1, 1));
+    EXPECT_EQ(timecode(timecode::mode_25, 0, 0, 1, 0, 1),
+              timecode(timecode::mode_25, 0, 0, 0, 25, 7));
+}
+
+TEST(Timecode, DecrementCountsCrossingsForwards) {
+    struct row {
+        timecode::mode_type mode;
+        const char* from;
+        unsigned int frames;
+        const char* to;
+    };
+    const row rows[] = {
+        {timecode::mode_29_97_drop, "00:00:59;28", 1, "00:00:59;27"},
+        // Stepping forward by 1 from ;29 would cross a boundary, so 2 labels more go back.
+        {timecode::mode_29_97_drop, "00:00:59;29", 1, "00:00:59;26"},
+        {timecode::mode_29_97_drop, "00:09:59;29", 1, "00:09:59;28"},  // the tenth minute: none
+        // Just after a boundary the step lands on a skipped label.
+        {timecode::mode_29_97_drop, "00:01:00;02", 1, "00:01:00;01"},
+        {timecode::mode_59_94_drop, "00:00:59;59", 1, "00:00:59;54"},
+        {timecode::mode_23_976, "00:01:00;00", 1, "00:00:59;23"},  // no whole-minute rule back
+        {timecode::mode_25, "00:00:00:00", 1, "47721:51:31:20"},   // wraps in 32 bits
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(testing::Message() << r.from << " - " << r.frames);
+        timecode t(r.mode);
+        t.set(r.from);
+        t.decrement(r.frames);
+        EXPECT_EQ(r.to, text_of(t));
+    }
+}
+
+TEST(Timecode, Ntsc23976WholeMinuteRule) {
+    // Standing on minute m, one step adds (m mod 2) + 1 labels more, one fewer when 15 divides m.
+    struct row {
+        unsigned int minute;
+        unsigned int extra;
+    };
+    const row rows[] = {{0, 0}, {1, 2}, {2, 1}, {15, 1}, {30, 0}, {45, 1}, {59, 2}};
+    for (const auto& r : rows) {
+        SCOPED_TRACE(testing::Message() << "minute " << r.minute);
+        const timecode t(timecode::mode_23_976, 0, r.minute, 0, 0, 1);
+        EXPECT_EQ(t.counter() + 1 + r.extra, (t + 1).counter());
+    }
+    const timecode off_minute(timecode::mode_23_976, 0, 1, 0, 1, 1);
+    EXPECT_EQ(off_minute.counter() + 1, (off_minute + 1).counter());
+}
+
+TEST(Timecode, TextConstructor) {
+    for (const auto& v : k_texts) {
+        SCOPED_TRACE(v.text);
+        if (!v.accepted) {
+            try {
+                const timecode t{std::string(v.text)};
+                ADD_FAILURE() << "accepted with counter " << t.counter();
+            } catch (const nubase::es::arg& e) {
+                EXPECT_STREQ("lib/nubase/src/timecode", e.file());
+                EXPECT_EQ(146u, e.line());
+                EXPECT_EQ("Invalid timecode '" + std::string(v.text) + "'", e.what());
+            }
+            continue;
+        }
+        const timecode t{std::string(v.text)};
+        EXPECT_EQ(v.mode, t.mode());
+        EXPECT_EQ(v.counter, t.counter());
+        EXPECT_EQ(1u, t.base()) << "the base is not taken from the rate";
+        EXPECT_EQ(1u, t.factor());
+    }
+}
+
+TEST(Timecode, FloatRateConstructor) {
+    struct row {
+        float rate;
+        const char* text;
+        timecode::mode_type mode;
+        const char* out;
+    };
+    const row rows[] = {
+        {29.97f, "01:02:03;04", timecode::mode_29_97_drop, "01:02:03;04"},
+        {23.976f, "00:10:00:00", timecode::mode_23_976, "00:10:00;00"},
+        {25.0f, "1:2:3:4", timecode::mode_25, "01:02:03:04"},
+        {25.0f, "1:2", timecode::mode_25, "01:02:00:00"},  // missing fields are 0
+        {25.0f, "junk", timecode::mode_25, "00:00:00:00"},
+        {59.94f, "01:02:03;04", timecode::mode_invalid, ""},  // "59.940" is not a mode text
+        {12.5f, "01:02:03:04", timecode::mode_invalid, ""},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.text);
+        const timecode t(r.rate, r.text);
+        EXPECT_EQ(r.mode, t.mode());
+        EXPECT_EQ(r.out, text_of(t));
+    }
+}
+
+TEST(Timecode, SetByFixedColumns) {
+    struct row {
+        const char* text;
+        const char* result;  // null: std::out_of_range, value unchanged
+    };
+    const row rows[] = {
+        {"01:02:03:04", "01:02:03:04"},
+        {"01x02y03z04", "01:02:03:04"},
+        {" 1: 2: 3: 4", "01:02:03:04"},
+        {"01:02:03:4", "01:02:03:04"},
+        {"01:02:03:", "01:02:03:00"},
+        {"01:02:03", nullptr},
+        {"01:02", nullptr},
+        {"01", nullptr},
+        {"", nullptr},
+        {"0:00:01:00", "00:00:01:00"},
+        {"99:99:99:99", "100:40:42:24"},  // every field carries
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.text);
+        timecode t(timecode::mode_25, 7, 7, 7, 7, 3);
+        if (r.result == nullptr) {
+            EXPECT_THROW(t.set(std::string(r.text)), std::out_of_range);
+            EXPECT_EQ("07:07:07:07", text_of(t));
+        } else {
+            t.set(std::string(r.text));
+            EXPECT_EQ(r.result, text_of(t));
+        }
+        EXPECT_EQ(3u, t.factor());
+        EXPECT_EQ(timecode::mode_25, t.mode());
+    }
+}
+
+TEST(Timecode, FieldSettersCarry) {
+    timecode t(timecode::mode_25, 4, 4, 4, 4, 1);
+    t.set_hour(1);
+    EXPECT_EQ("01:04:04:04", text_of(t));
+    t.set_minute(1);
+    EXPECT_EQ("01:01:04:04", text_of(t));
+    t.set_second(1);
+    EXPECT_EQ("01:01:01:04", text_of(t));
+    t.set_frame(1);
+    EXPECT_EQ("01:01:01:01", text_of(t));
+    t.set(1, 2, 3, 4);
+    EXPECT_EQ("01:02:03:04", text_of(t));
+    t.set_minute(61);
+    EXPECT_EQ("02:01:03:04", text_of(t));
+    t.set_frame(50);
+    EXPECT_EQ("02:01:05:00", text_of(t));
+    EXPECT_EQ(timecode(timecode::mode_25, 0, 0, 0, 25 * 3600),
+              timecode(timecode::mode_25, 1, 0, 0, 0));
+}
+
+TEST(Timecode, Conversions) {
+    const timecode t(timecode::mode_25, 0, 0, 1, 20, 1);  // counter 45
+    EXPECT_EQ(1u, t.as_int());
+    EXPECT_EQ(1800u, t.as_int(1000));
+    EXPECT_EQ(2u, t.as_rounded_int());
+    EXPECT_EQ(1800u, t.as_rounded_int(1000));
+    EXPECT_FLOAT_EQ(1.8f, t.as_float());
+    EXPECT_FLOAT_EQ(1800.0f, t.as_float(1000));
+    EXPECT_EQ(45u, t.as_timestamp().ticks());
+    EXPECT_EQ(25u, t.as_timestamp().rate());
+    // Products do not wrap at 32 bits before the division.
+    const timecode day(timecode::mode_30, 24, 0, 0, 0, 1);
+    EXPECT_EQ(864000000u, day.as_int(10000));
+    EXPECT_EQ(864000000u, day.as_rounded_int(10000));
+
+    // A base of 0 reads as zero everywhere and divides by nothing.
+    timecode zero_base(static_cast<timecode::mode_type>(0x100), 1, 2, 3, 4, 1);
+    EXPECT_EQ(4u, zero_base.counter());
+    EXPECT_EQ(0u, zero_base.hour() + zero_base.minute() + zero_base.second() + zero_base.frame());
+    EXPECT_EQ(0u, zero_base.as_int() + zero_base.as_rounded_int(7));
+    EXPECT_EQ(0.0f, zero_base.as_float());
+    ++zero_base;
+    zero_base.total_frames(9);
+    EXPECT_EQ("00:00:00:00", text_of(zero_base));
+}
+
+TEST(Timecode, FromTimestampsAndRates) {
+    const nubase::timestamp ts(90000 + 1500 + 25 + 5, 25);  // 1:01:01 and 5 frames at 25
+    const timecode t = nubase::timecode_with_timestamp(timecode::mode_30, ts, 4);
+    EXPECT_EQ("01:01:01:06", text_of(t));
+    EXPECT_EQ(4u, t.factor());
+
+    // Nominal minutes: 60 s at 29.97 is 1800 labels plus the 2 dropped in its first minute.
+    EXPECT_EQ("00:01:00;02", text_of(nubase::timecode_with_timestamp(timecode::mode_29_97_drop,
+                                                                     nubase::timestamp(60, 1))));
+    EXPECT_EQ("00:01:00;04", text_of(nubase::timecode_with_timestamp(timecode::mode_59_94_drop,
+                                                                     nubase::timestamp(60, 1))));
+    // Truncation, not rounding, and an exact sub-second product at a huge rate.
+    EXPECT_EQ(
+        29u, nubase::timecode_with_timestamp(timecode::mode_30, nubase::timestamp(~0ULL - 1, ~0ULL))
+                 .counter());
+
+    // total_frames(frames) uses the same nominal minutes: real frame 3598 is 00:02:00;02 when
+    // stepped to frame by frame, but 00:02:00;00 here.
+    timecode nominal(timecode::mode_29_97_drop);
+    nominal.total_frames(3598);
+    EXPECT_EQ("00:02:00;00", text_of(nominal));
+    timecode stepped(timecode::mode_29_97_drop);
+    for (int i = 0; i < 3598; ++i)
+        ++stepped;
+    EXPECT_EQ("00:02:00;02", text_of(stepped));
+    nominal.total_frames(1800);
+    EXPECT_EQ("00:01:00;02", text_of(nominal));
+
+    struct row {
+        double rate;
+        timecode::mode_type mode;
+    };
+    const row rows[] = {
+        {29.97, timecode::mode_29_97_drop},
+        {23.976, timecode::mode_23_976},
+        {12.5, timecode::mode_25},
+        {59.94, timecode::mode_59_94_drop},
+        {29.0, timecode::mode_invalid},
+        {30000.0 / 1001, timecode::mode_29_97_drop},
+        {3.0, timecode::mode_30},
+        {11.988, timecode::mode_23_976},
+        {-1.0, timecode::mode_invalid},
+        {1e300, timecode::mode_invalid},
+        {std::nan(""), timecode::mode_invalid},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.rate);
+        const timecode f = nubase::timecode_with_framerate(r.rate, nubase::timestamp(1, 1), 1);
+        EXPECT_EQ(r.mode, f.mode());
+        EXPECT_EQ(r.mode & 255, f.counter()) << "one second at the nominal rate";
+    }
+}
+
+}  // namespace
