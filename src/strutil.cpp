@@ -13,7 +13,7 @@ namespace {
 // Appends s[first, last) as one piece.
 void append_piece(std::vector<std::string>& a_out, const std::string& a_s, std::size_t a_first,
                   std::size_t a_last) {
-    a_out.emplace_back(a_s, a_first, a_last - a_first);
+    a_out.emplace_back(a_s.data() + a_first, a_last - a_first);
 }
 
 // The quote and bracket forms read the text up to its first NUL byte.
@@ -24,17 +24,36 @@ std::size_t c_length(const std::string& a_s) noexcept {
                : static_cast<std::size_t>(static_cast<const char*>(l_nul) - a_s.data());
 }
 
+// Appends the pieces with `sep` (of `sep_size` bytes, possibly none) between them: sizes the
+// output once, then copies each piece and separator into place.
 template <class Pieces>
-void join_with_char(const Pieces& a_pieces, char a_sep, std::string& a_out) {
+void join_with(const Pieces& a_pieces, const char* a_sep, std::size_t a_sep_size,
+               std::string& a_out) {
     if (a_pieces.empty()) return;
-    std::size_t l_total = a_out.size();
-    for (const auto& l_piece : a_pieces)
-        l_total += l_piece.size() + 1;
-    a_out.reserve(l_total);
+    std::size_t l_total = a_sep_size * (a_pieces.size() - 1);
+    bool l_aliased = false;
+    for (const auto& l_piece : a_pieces) {
+        l_total += l_piece.size();
+        l_aliased = l_aliased || &l_piece == &a_out;
+    }
+    if (l_aliased) {
+        // The output is also a piece: join into a scratch string so the piece stays intact.
+        std::string l_joined;
+        join_with(a_pieces, a_sep, a_sep_size, l_joined);
+        a_out.append(l_joined);
+        return;
+    }
+    std::size_t l_at = a_out.size();
+    a_out.resize(l_at + l_total);
+    char* const l_p = &a_out[0];
     bool l_first = true;
     for (const auto& l_piece : a_pieces) {
-        if (!l_first && a_sep != '\0') a_out.push_back(a_sep);
-        a_out.append(l_piece);
+        if (!l_first && a_sep_size != 0) {
+            std::memcpy(l_p + l_at, a_sep, a_sep_size);
+            l_at += a_sep_size;
+        }
+        if (!l_piece.empty()) std::memcpy(l_p + l_at, l_piece.data(), l_piece.size());
+        l_at += l_piece.size();
         l_first = false;
     }
 }
@@ -130,23 +149,20 @@ void tokenize(const std::string& a_s, const std::string& a_delimiters,
 }
 
 void join_strings(const std::vector<std::string>& a_pieces, char a_sep, std::string& a_out) {
-    join_with_char(a_pieces, a_sep, a_out);
+    join_with(a_pieces, &a_sep, a_sep == '\0' ? 0 : 1, a_out);
 }
 
 void join_strings(const std::list<std::string>& a_pieces, char a_sep, std::string& a_out) {
-    join_with_char(a_pieces, a_sep, a_out);
+    join_with(a_pieces, &a_sep, a_sep == '\0' ? 0 : 1, a_out);
 }
 
 void join_strings(const std::vector<std::string>& a_pieces, const std::string& a_sep,
                   std::string& a_out) {
-    if (a_pieces.empty()) return;
-    std::size_t l_total = a_out.size() + a_sep.size() * (a_pieces.size() - 1);
-    for (const auto& l_piece : a_pieces)
-        l_total += l_piece.size();
-    a_out.reserve(l_total);
-    a_out.append(a_pieces.front());
-    for (std::size_t l_i = 1; l_i < a_pieces.size(); ++l_i) {
-        a_out.append(a_sep).append(a_pieces[l_i]);
+    if (&a_sep == &a_out) {
+        const std::string l_sep(a_sep);
+        join_with(a_pieces, l_sep.data(), l_sep.size(), a_out);
+    } else {
+        join_with(a_pieces, a_sep.data(), a_sep.size(), a_out);
     }
 }
 

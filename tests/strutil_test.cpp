@@ -164,6 +164,13 @@ TEST(Strutil, JoinAppendsWithSeparators) {
     su::join_strings(pieces{"", ""}, "", l_out);
     su::join_strings(pieces{"", ""}, ':', l_out);
     EXPECT_EQ(":", l_out);
+    // The output may be one of the pieces or the separator itself.
+    pieces l_self = {"a", "b"};
+    su::join_strings(l_self, '+', l_self[0]);
+    EXPECT_EQ("aa+b", l_self[0]);
+    l_out = "-";
+    su::join_strings(l_xyz, l_out, l_out);
+    EXPECT_EQ("-x-y-z", l_out);
 }
 
 TEST(Strutil, KvmapLastOccurrenceWinsAndEmptyKeysStay) {

@@ -26,4 +26,7 @@
 #include "nubase/bytestream.hpp"
 #include "nubase/bitstream.hpp"
 
+// codings
+#include "nubase/coding.hpp"
+
 #endif  // NUBASE_NUBASE_HPP

@@ -1,0 +1,373 @@
+// The text codings: known answers, lenient decoding, every path against the reference, the
+// network coding's failure states and the UTF-8 helpers.
+#include "nubase/coding.hpp"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "../src/coding_kernels.hpp"
+#include "nubase/es.hpp"
+#include "vectors/coding.hpp"
+
+namespace {
+
+using nubase::buffer;
+namespace kernels = nubase::coding_kernels;
+
+const unsigned char* bytes(const std::string& s) {
+    return reinterpret_cast<const unsigned char*>(s.data());
+}
+std::string text(const buffer& b) {
+    return std::string(b.data(), b.data() + b.size());
+}
+buffer buffer_of(const std::string& s) {
+    return buffer(bytes(s), bytes(s) + s.size());
+}
+
+// Runs `call` and checks that it raises `es::arg` with the given identity.
+template <class Call>
+void expect_arg(Call call, const char* source, const char* message) {
+    try {
+        call();
+        ADD_FAILURE() << "no es::arg raised";
+    } catch (const nubase::es::arg& e) {
+        EXPECT_STREQ(source, e.file());
+        EXPECT_STREQ(message, e.what());
+    }
+}
+
+// ---- base64 and hex: known answers ----------------------------------------------------------
+
+TEST(Coding, Base64Rfc4648BothWaysInBothForms) {
+    for (const auto& v : nubase_vectors::k_base64_rfc4648) {
+        SCOPED_TRACE(v.encoded);
+        const std::string raw(v.decoded, v.size), coded(v.encoded);
+        EXPECT_EQ(coded, text(nubase::buffer_encode_base64(bytes(raw), raw.size())));
+        EXPECT_EQ(coded, nubase::string_encode_base64(bytes(raw), raw.size()));
+        EXPECT_EQ(raw, text(nubase::buffer_decode_base64(bytes(coded), coded.size())));
+        EXPECT_EQ(raw, nubase::string_decode_base64(bytes(coded), coded.size()));
+    }
+}
+
+TEST(Coding, HexRfc4648BothWaysInBothForms) {
+    for (const auto& v : nubase_vectors::k_hex_rfc4648) {
+        SCOPED_TRACE(v.encoded);
+        const std::string raw(v.decoded, v.size), coded(v.encoded);
+        EXPECT_EQ(coded, text(nubase::buffer_encode_hex(bytes(raw), raw.size())));
+        EXPECT_EQ(coded, nubase::string_encode_hex(bytes(raw), raw.size()));
+        EXPECT_EQ(raw, text(nubase::buffer_decode_hex(bytes(coded), coded.size())));
+        EXPECT_EQ(raw, nubase::string_decode_hex(bytes(coded), coded.size()));
+    }
+    const unsigned char all_nibbles[] = {0x00, 0xAB, 0xFF, 0x12, 0x34, 0x56, 0x78, 0x9C, 0xDE};
+    EXPECT_EQ("00abff123456789cde", nubase::string_encode_hex(all_nibbles, sizeof all_nibbles));
+}
+
+TEST(Coding, LenientDecodingOfCharactersOutsideTheAlphabet) {
+    for (const auto& v : nubase_vectors::k_base64_lenient) {
+        const std::string coded(v.encoded);
+        SCOPED_TRACE(testing::PrintToString(coded));
+        EXPECT_EQ(std::string(v.decoded, v.size),
+                  nubase::string_decode_base64(bytes(coded), coded.size()));
+    }
+    // A NUL inside the text is one more invalid character, not an end.
+    const std::string with_nul("Zg\0=", 4);
+    EXPECT_EQ("f", nubase::string_decode_base64(bytes(with_nul), 4));
+    for (const auto& v : nubase_vectors::k_hex_lenient) {
+        const std::string coded(v.encoded);
+        SCOPED_TRACE(coded);
+        EXPECT_EQ(std::string(v.decoded, v.size),
+                  nubase::string_decode_hex(bytes(coded), coded.size()));
+    }
+}
+
+TEST(Coding, EmptyInputsAndWrongLengths) {
+    const unsigned char some[] = "Zm9vYg==";
+    // Null or zero-length input gives a default-constructed buffer, whatever the length says.
+    for (const buffer& b :
+         {nubase::buffer_encode_base64(nullptr, 5), nubase::buffer_encode_base64(some, 0),
+          nubase::buffer_decode_base64(nullptr, 5), nubase::buffer_decode_base64(some, 0),
+          nubase::buffer_encode_hex(nullptr, 3), nubase::buffer_decode_hex(nullptr, 3),
+          nubase::buffer_decode_hex(some, 0)}) {
+        EXPECT_EQ(0u, b.size());
+        EXPECT_EQ(1024u, b.capacity());
+    }
+    EXPECT_EQ("", nubase::string_decode_base64(nullptr, 3));
+
+    constexpr const char* base64_source = "lib/nubase/src/base64_dec";
+    constexpr const char* hex_source = "lib/nubase/src/hex_dec";
+    for (unsigned long long n : {1ULL, 2ULL, 3ULL, 5ULL, 7ULL}) {
+        SCOPED_TRACE(n);
+        expect_arg([&] { (void)nubase::buffer_decode_base64(some, n); }, base64_source, "n/a");
+        expect_arg([&] { (void)nubase::string_decode_base64(some, n); }, base64_source, "n/a");
+    }
+    for (unsigned long long n : {1ULL, 3ULL, 7ULL}) {
+        SCOPED_TRACE(n);
+        expect_arg([&] { (void)nubase::buffer_decode_hex(some, n); }, hex_source, "n/a");
+        expect_arg([&] { (void)nubase::string_decode_hex(some, n); }, hex_source, "n/a");
+    }
+}
+
+TEST(Coding, EveryOneAndTwoByteInputRoundTrips) {
+    for (unsigned v = 0; v < 256 + 65536; ++v) {
+        const unsigned char in[2] = {static_cast<unsigned char>(v),
+                                     static_cast<unsigned char>(v >> 8)};
+        const unsigned n = v < 256 ? 1 : 2;
+        const std::string b64 = nubase::string_encode_base64(in, n);
+        ASSERT_EQ(n == 1 ? "==" : "=", b64.substr(n + 1)) << v;
+        const std::string hex = nubase::string_encode_hex(in, n);
+        const std::string raw(reinterpret_cast<const char*>(in), n);
+        ASSERT_EQ(raw, nubase::string_decode_base64(bytes(b64), b64.size())) << v;
+        ASSERT_EQ(raw, nubase::string_decode_hex(bytes(hex), hex.size())) << v;
+        ASSERT_EQ(hex, text(nubase::buffer_encode_hex(in, n))) << v;
+
+        buffer wire(0ULL);
+        nubase::encoder_network enc(wire);
+        nubase::string_encode_network(raw, enc);
+        nubase::decoder_network dec(wire);
+        std::string back;
+        nubase::string_decode_network(back, dec);
+        ASSERT_EQ(raw, back) << v;
+    }
+}
+
+// ---- every path against the reference -------------------------------------------------------
+
+std::vector<kernels::path> fast_paths() {
+    std::vector<kernels::path> paths{kernels::path::scalar};
+    if (kernels::path_available(kernels::path::avx2)) paths.push_back(kernels::path::avx2);
+    return paths;
+}
+
+// Decodes `in` with the reference and every other path and expects the same bytes.
+void expect_paths_agree_base64(const std::string& in) {
+    const std::size_t n = in.size() & ~std::size_t{3};
+    std::vector<unsigned char> want(kernels::base64_decoded_bound(n) + 1);
+    want.resize(kernels::base64_decode(kernels::path::reference, bytes(in), n, want.data()));
+    for (auto p : fast_paths()) {
+        std::vector<unsigned char> got(kernels::base64_decoded_bound(n) + 1);
+        got.resize(kernels::base64_decode(p, bytes(in), n, got.data()));
+        ASSERT_EQ(want, got) << "path " << static_cast<int>(p) << " on "
+                             << testing::PrintToString(in);
+    }
+}
+
+void expect_paths_agree_hex(const std::string& in) {
+    const std::size_t n = in.size() & ~std::size_t{1};
+    std::vector<unsigned char> want(n / 2), got(n / 2);
+    kernels::hex_decode(kernels::path::reference, bytes(in), n, want.data());
+    for (auto p : fast_paths()) {
+        kernels::hex_decode(p, bytes(in), n, got.data());
+        ASSERT_EQ(want, got) << "path " << static_cast<int>(p) << " on "
+                             << testing::PrintToString(in);
+    }
+}
+
+TEST(CodingPaths, EncodersAgreeOnEveryLengthAroundTheBlockSizes) {
+    std::mt19937 rng(7);
+    std::vector<unsigned char> in(1000);
+    for (auto& c : in)
+        c = static_cast<unsigned char>(rng());
+    for (std::size_t n = 0; n <= in.size(); n += (n < 200 ? 1 : 37)) {
+        SCOPED_TRACE(n);
+        std::vector<unsigned char> want(kernels::base64_encoded_size(n));
+        kernels::base64_encode(kernels::path::reference, in.data(), n, want.data());
+        std::vector<unsigned char> want_hex(2 * n);
+        kernels::hex_encode(kernels::path::reference, in.data(), n, want_hex.data());
+        for (auto p : fast_paths()) {
+            std::vector<unsigned char> got(want.size()), got_hex(2 * n);
+            EXPECT_EQ(want.size(), kernels::base64_encode(p, in.data(), n, got.data()));
+            EXPECT_EQ(want, got);
+            kernels::hex_encode(p, in.data(), n, got_hex.data());
+            EXPECT_EQ(want_hex, got_hex);
+        }
+    }
+}
+
+TEST(CodingPaths, DecodersAgreeWithEveryByteValueAtEveryBlockPosition) {
+    // Valid text long enough for two wide blocks and a tail; one position at a time takes every
+    // byte value, so every classification of every lane is checked in place.
+    std::mt19937 rng(11);
+    std::vector<unsigned char> raw(72);
+    for (auto& c : raw)
+        c = static_cast<unsigned char>(rng());
+    const std::string base = nubase::string_encode_base64(raw.data(), raw.size());   // 96 chars
+    const std::string hex_base = nubase::string_encode_hex(raw.data(), raw.size());  // 144 chars
+    for (unsigned c = 0; c < 256; ++c) {
+        for (std::size_t at = 0; at < 64; ++at) {
+            std::string s = base;
+            s[at] = static_cast<char>(c);
+            expect_paths_agree_base64(s);
+            std::string h = hex_base;
+            h[at] = static_cast<char>(c);
+            expect_paths_agree_hex(h);
+        }
+    }
+}
+
+TEST(CodingPaths, DecodersAgreeOnRandomAndAdversarialText) {
+    std::mt19937 rng(23);
+    const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const std::string hex_digits = "0123456789abcdefABCDEF";
+    // Density of invalid characters from none to all; lengths across the wide-step thresholds.
+    for (unsigned density : {0u, 1u, 5u, 50u, 100u}) {
+        for (std::size_t n : {4u, 40u, 44u, 48u, 64u, 76u, 128u, 300u, 1024u}) {
+            for (int round = 0; round < 20; ++round) {
+                std::string s(n, 'A'), h(n, '0');
+                for (std::size_t i = 0; i < n; ++i) {
+                    const bool invalid = rng() % 100 < density;
+                    s[i] = invalid ? static_cast<char>(rng()) : alphabet[rng() % 64];
+                    h[i] = invalid ? static_cast<char>(rng()) : hex_digits[rng() % 22];
+                }
+                // Pads and their look-alikes in the last group as well as in the middle.
+                if (round % 4 == 1) s[n - 1] = '=';
+                if (round % 4 == 2) s[n - 1] = s[n - 2] = '=';
+                if (round % 4 == 3) s[n / 2] = '=';
+                expect_paths_agree_base64(s);
+                expect_paths_agree_hex(h);
+            }
+        }
+    }
+}
+
+// ---- network coding -------------------------------------------------------------------------
+
+constexpr const char* k_network_source = "lib/nubase/include/nubase/coding";
+
+TEST(CodingNetwork, ItemsOnTheWireAndBack) {
+    buffer wire(0ULL);
+    nubase::encoder_network enc(wire);
+    nubase::string_encode_network("hi", enc);
+    EXPECT_EQ(std::string("\0\0\0\2hi", 6), text(wire));
+    nubase::string_encode_network("", enc);
+    nubase::buffer_encode_network(buffer(300ULL, static_cast<unsigned char>(7)), enc);
+    EXPECT_EQ(std::string("\0\0\0\0\0\0\x01\x2C", 8), text(wire).substr(6, 8));
+    EXPECT_EQ(6u + 4 + 4 + 300, wire.size());
+
+    nubase::decoder_network dec(wire);
+    std::string s;
+    nubase::string_decode_network(s, dec);
+    EXPECT_EQ("hi", s);
+    EXPECT_EQ(6u, dec.offset());
+    // An empty item leaves the output as it was and moves past its length field.
+    s = "old";
+    nubase::string_decode_network(s, dec);
+    EXPECT_EQ("old", s);
+    EXPECT_EQ(10u, dec.offset());
+    buffer b;
+    nubase::buffer_decode_network(b, dec);
+    EXPECT_EQ(buffer(300ULL, static_cast<unsigned char>(7)), b);
+    EXPECT_EQ(wire.size(), dec.offset());
+    expect_arg([&] { nubase::string_decode_network(s, dec); }, k_network_source,
+               "buffer offset out of range");
+    EXPECT_EQ(wire.size(), dec.offset());
+}
+
+TEST(CodingNetwork, ShortInputLeavesOutputAndOffsetAsDocumented) {
+    struct row {
+        const char* what;
+        std::string wire;
+        unsigned long long offset_after;
+    };
+    const row rows[] = {
+        {"no bytes", "", 0},
+        {"three length bytes", std::string("\0\0\0", 3), 0},
+        {"body one short", std::string("\0\0\0\3ab", 6), 4},
+        {"length far beyond the end", "\xFF\xFF\xFF\xFFxyz", 4},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(r.what);
+        const buffer wire = buffer_of(r.wire);
+        nubase::decoder_network dec(wire);
+        std::string s = "keep";
+        expect_arg([&] { nubase::string_decode_network(s, dec); }, k_network_source,
+                   "buffer offset out of range");
+        EXPECT_EQ("keep", s);
+        EXPECT_EQ(r.offset_after, dec.offset());
+        nubase::decoder_network dec2(wire);
+        buffer b = buffer_of("keep");
+        expect_arg([&] { nubase::buffer_decode_network(b, dec2); }, k_network_source,
+                   "buffer offset out of range");
+        EXPECT_EQ("keep", text(b));
+        EXPECT_EQ(r.offset_after, dec2.offset());
+    }
+}
+
+TEST(CodingNetwork, ABufferCodedIntoOrOutOfItself) {
+    // Appending a buffer to itself must copy its old bytes, also when the append reallocates.
+    buffer b = buffer_of(std::string(1022, 'x'));
+    nubase::encoder_network enc(b);
+    nubase::buffer_encode_network(b, enc);
+    ASSERT_EQ(1022u + 4 + 1022, b.size());
+    EXPECT_EQ(std::string("\0\0\x03\xFE", 4) + std::string(1022, 'x'), text(b).substr(1022));
+
+    // Decoding a buffer into its own source replaces it with the item.
+    buffer wire = buffer_of(std::string("\0\0\0\3abcrest", 11));
+    nubase::decoder_network dec(wire);
+    nubase::buffer_decode_network(wire, dec);
+    EXPECT_EQ("abc", text(wire));
+    EXPECT_EQ(7u, dec.offset());
+    // The source is now shorter than the offset: nothing is left to read.
+    expect_arg([&] { nubase::buffer_decode_network(wire, dec); }, k_network_source,
+               "buffer offset out of range");
+}
+
+// ---- UTF-8 ----------------------------------------------------------------------------------
+
+static_assert(nubase::num_utf8_bytes(0x41) == 1 && nubase::num_utf8_bytes(0xC3) == 2 &&
+              nubase::num_utf8_bytes(0xE2) == 3 && nubase::num_utf8_bytes(0xF0) == 4 &&
+              nubase::num_utf8_bytes(0x80) == 0 && nubase::num_utf8_bytes(0xF8) == 0);
+
+TEST(CodingUtf8, LeadBytesByRange) {
+    struct row {
+        unsigned first, last, length;
+    };
+    const row rows[] = {{0x00, 0x7F, 1}, {0x80, 0xBF, 0}, {0xC0, 0xDF, 2},
+                        {0xE0, 0xEF, 3}, {0xF0, 0xF7, 4}, {0xF8, 0xFF, 0}};
+    for (const auto& r : rows) {
+        for (unsigned c = r.first; c <= r.last; ++c) {
+            EXPECT_EQ(r.length, nubase::num_utf8_bytes(static_cast<unsigned char>(c))) << c;
+            EXPECT_EQ(r.length >= 2, nubase::is_multibyte_utf8_char(static_cast<unsigned char>(c)))
+                << c;
+        }
+    }
+}
+
+TEST(CodingUtf8, SignatureInBuffersAndStrings) {
+    const std::string sig = "\xEF\xBB\xBF";
+    EXPECT_TRUE(nubase::has_utf8_signature(buffer_of(sig + "A")));
+    EXPECT_TRUE(nubase::has_utf8_signature(buffer_of(sig)));
+    EXPECT_FALSE(nubase::has_utf8_signature(buffer_of("\xEF\xBB")));
+    EXPECT_FALSE(nubase::has_utf8_signature(buffer_of("\xEF\xBB\xBE")));
+    // The string form compares signed characters with unsigned bytes and never matches.
+    EXPECT_FALSE(nubase::has_utf8_signature(sig + "A"));
+
+    struct row {
+        std::string in, out;
+    };
+    const row rows[] = {
+        {sig + "AB", "B"},  // the byte after the signature goes too
+        {sig + "A", ""},
+        {sig, ""},
+        {"\xEF\xBB\xBE"
+         "AB",
+         "\xEF\xBB\xBE"
+         "AB"},
+        {"AB", "AB"},
+    };
+    for (const auto& r : rows) {
+        SCOPED_TRACE(testing::PrintToString(r.in));
+        buffer b = buffer_of(r.in);
+        nubase::remove_utf8_signature_if_present(b);
+        EXPECT_EQ(r.out, text(b));
+        std::string s = r.in;
+        nubase::remove_utf8_signature_if_present(s);
+        EXPECT_EQ(r.in, s);
+    }
+    EXPECT_EQ(sig + "x", nubase::windows_make_safe_utf8_string(sig + "x"));
+}
+
+}  // namespace
