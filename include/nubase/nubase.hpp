@@ -29,4 +29,10 @@
 // codings
 #include "nubase/coding.hpp"
 
+// locators: paths
+#include "nubase/path.hpp"
+
+// system: environment queries
+#include "nubase/env.hpp"
+
 #endif  // NUBASE_NUBASE_HPP

@@ -1,0 +1,124 @@
+// Environment queries: the working directory (deep ones included, and the documented raise when
+// it has gone) and the home directory with its fallback from "HOME" to the password database.
+#include "nubase/env.hpp"
+
+#include <gtest/gtest.h>
+
+#include <pwd.h>
+#include <stdlib.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "nubase/es.hpp"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Sets or unsets an environment variable for one scope and restores the old state after it.
+class scoped_env {
+  public:
+    scoped_env(const char* a_name, const char* a_value) : m_name(a_name) {
+        if (const char* l_old = getenv(a_name)) m_old = l_old;
+        if (a_value != nullptr) {
+            setenv(a_name, a_value, 1);
+        } else {
+            unsetenv(a_name);
+        }
+    }
+    ~scoped_env() {
+        if (m_old) {
+            setenv(m_name, m_old->c_str(), 1);
+        } else {
+            unsetenv(m_name);
+        }
+    }
+    scoped_env(const scoped_env&) = delete;
+    scoped_env& operator=(const scoped_env&) = delete;
+
+  private:
+    const char* m_name;
+    std::optional<std::string> m_old;
+};
+
+// Changes the working directory for one scope.
+class scoped_cwd {
+  public:
+    explicit scoped_cwd(const fs::path& a_dir) : m_old(fs::current_path()) {
+        fs::current_path(a_dir);
+    }
+    ~scoped_cwd() {
+        std::error_code l_ignored;
+        fs::current_path(m_old, l_ignored);
+    }
+    scoped_cwd(const scoped_cwd&) = delete;
+    scoped_cwd& operator=(const scoped_cwd&) = delete;
+
+  private:
+    fs::path m_old;
+};
+
+fs::path fresh_temp_dir(const char* a_tag) {
+    std::string l_template =
+        (fs::temp_directory_path() / (std::string("nubase-") + a_tag + "-XXXXXX")).string();
+    if (mkdtemp(l_template.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
+    return l_template;
+}
+
+TEST(Env, WorkingDirectoryOfAnyDepth) {
+    EXPECT_EQ(fs::current_path().string(), nubase::env::get_current_working_directory_path());
+
+    // Deeper than the first buffer holds: the query retries with a larger one.
+    const fs::path l_top = fresh_temp_dir("cwd");
+    fs::path l_deep = l_top;
+    while (l_deep.string().size() <= 2600)
+        l_deep /= std::string(200, 'd');
+    fs::create_directories(l_deep);
+    {
+        scoped_cwd l_in(l_deep);
+        EXPECT_EQ(l_deep.string(), nubase::env::get_current_working_directory_path());
+    }
+    fs::remove_all(l_top);
+}
+
+TEST(Env, WorkingDirectoryGoneRaises) {
+    const fs::path l_dir = fresh_temp_dir("gone");
+    scoped_cwd l_in(l_dir);
+    fs::remove(l_dir);
+    try {
+        (void)nubase::env::get_current_working_directory_path();
+        FAIL() << "no exception";
+    } catch (const nubase::es::call& l_e) {
+        const nubase::es::base& l_base = l_e;
+        EXPECT_STREQ("lib/nubase/src/utility", l_base.file());
+        EXPECT_EQ(1343u, l_base.line());
+        EXPECT_EQ(0, std::strncmp("getcwd() failed: ", l_base.what(), 17)) << l_base.what();
+    }
+}
+
+TEST(Env, HomeFromTheEnvironmentFirst) {
+    {
+        scoped_env l_home("HOME", "/srv/home/ann");
+        EXPECT_EQ("/srv/home/ann", nubase::env::get_user_home_path());
+    }
+    {
+        // Set, even to nothing, counts as set.
+        scoped_env l_home("HOME", "");
+        EXPECT_EQ("", nubase::env::get_user_home_path());
+    }
+    {
+        scoped_env l_home("HOME", nullptr);
+        const passwd* l_pw = getpwuid(getuid());
+        if (l_pw != nullptr && l_pw->pw_dir != nullptr) {
+            EXPECT_EQ(l_pw->pw_dir, nubase::env::get_user_home_path());
+        } else {
+            EXPECT_THROW((void)nubase::env::get_user_home_path(), nubase::es::call);
+        }
+    }
+}
+
+}  // namespace
