@@ -35,4 +35,8 @@
 // system: environment queries
 #include "nubase/env.hpp"
 
+// system: files, debug channels
+#include "nubase/file.hpp"
+#include "nubase/debug.hpp"
+
 #endif  // NUBASE_NUBASE_HPP
