@@ -39,4 +39,7 @@
 #include "nubase/file.hpp"
 #include "nubase/debug.hpp"
 
+// locators: URLs and identifier schemes
+#include "nubase/url.hpp"
+
 #endif  // NUBASE_NUBASE_HPP
