@@ -41,5 +41,6 @@
 
 // locators: URLs and identifier schemes
 #include "nubase/url.hpp"
+#include "nubase/ident.hpp"
 
 #endif  // NUBASE_NUBASE_HPP
