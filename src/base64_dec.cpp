@@ -153,80 +153,58 @@ std::size_t base64_decode_scalar(const unsigned char* a_src, std::size_t a_count
 
 }  // namespace detail
 
+namespace {
+// One spare byte past the text, dropped by the final resize.
+std::size_t encode_bound(std::size_t a_count) noexcept {
+    return base64_encoded_size(a_count) + 1;
+}
+std::size_t decode_bound(std::size_t a_count) noexcept {
+    return base64_decoded_bound(a_count) + 1;
+}
+}  // namespace
+
+const coder k_base64_encoder = {encode_reference, detail::base64_encode_scalar,
+                                detail::base64_encode_avx2, encode_bound,
+                                std::numeric_limits<std::size_t>::max() / 4};
+const coder k_base64_decoder = {decode_reference, detail::base64_decode_scalar,
+                                detail::base64_decode_avx2, decode_bound,
+                                std::numeric_limits<std::size_t>::max()};
+
 std::size_t base64_encode(path a_path, const unsigned char* a_src, std::size_t a_count,
                           unsigned char* a_dst) noexcept {
-    switch (a_path) {
-        case path::reference:
-            return encode_reference(a_src, a_count, a_dst);
-        case path::avx2:
-            if (detail::avx2_usable()) return detail::base64_encode_avx2(a_src, a_count, a_dst);
-            break;
-        case path::scalar:
-            break;
-    }
-    return detail::base64_encode_scalar(a_src, a_count, a_dst);
+    return run(k_base64_encoder, a_path, a_src, a_count, a_dst);
 }
 
 std::size_t base64_decode(path a_path, const unsigned char* a_src, std::size_t a_count,
                           unsigned char* a_dst) noexcept {
-    switch (a_path) {
-        case path::reference:
-            return decode_reference(a_src, a_count, a_dst);
-        case path::avx2:
-            if (detail::avx2_usable()) return detail::base64_decode_avx2(a_src, a_count, a_dst);
-            break;
-        case path::scalar:
-            break;
-    }
-    return detail::base64_decode_scalar(a_src, a_count, a_dst);
+    return run(k_base64_decoder, a_path, a_src, a_count, a_dst);
 }
 
 }  // namespace coding_kernels
 
 namespace {
-
-using coding_kernels::coded;
-
-template <class Out>
-Out encode(const unsigned char* a_src, unsigned long long a_count) {
-    if (a_src == nullptr || a_count == 0) return Out();
-    // One spare byte past the text, dropped by the final resize.
-    return coded<Out>(
-        a_count, std::numeric_limits<std::size_t>::max() / 4,
-        [](std::size_t a_n) { return coding_kernels::base64_encoded_size(a_n) + 1; },
-        [a_src](unsigned char* a_dst, std::size_t a_n) {
-            return coding_kernels::base64_encode(coding_kernels::path_best(), a_src, a_n, a_dst);
-        });
+// Only the length is checked; a null or empty input is not an error.
+void check_length(const unsigned char* a_src, unsigned long long a_count) {
+    if (a_src != nullptr && a_count % 4 != 0) NUBASE_RAISE(arg, nullptr);
 }
-
-template <class Out>
-Out decode(const unsigned char* a_src, unsigned long long a_count) {
-    if (a_src == nullptr || a_count == 0) return Out();
-    if (a_count % 4 != 0) NUBASE_RAISE(arg, nullptr);
-    return coded<Out>(
-        a_count, std::numeric_limits<std::size_t>::max(),
-        [](std::size_t a_n) { return coding_kernels::base64_decoded_bound(a_n) + 1; },
-        [a_src](unsigned char* a_dst, std::size_t a_n) {
-            return coding_kernels::base64_decode(coding_kernels::path_best(), a_src, a_n, a_dst);
-        });
-}
-
 }  // namespace
 
 buffer buffer_encode_base64(const unsigned char* a_src, unsigned long long a_count) {
-    return encode<buffer>(a_src, a_count);
+    return coding_kernels::code<buffer>(coding_kernels::k_base64_encoder, a_src, a_count);
 }
 
 std::string string_encode_base64(const unsigned char* a_src, unsigned long long a_count) {
-    return encode<std::string>(a_src, a_count);
+    return coding_kernels::code<std::string>(coding_kernels::k_base64_encoder, a_src, a_count);
 }
 
 buffer buffer_decode_base64(const unsigned char* a_src, unsigned long long a_count) {
-    return decode<buffer>(a_src, a_count);
+    check_length(a_src, a_count);
+    return coding_kernels::code<buffer>(coding_kernels::k_base64_decoder, a_src, a_count);
 }
 
 std::string string_decode_base64(const unsigned char* a_src, unsigned long long a_count) {
-    return decode<std::string>(a_src, a_count);
+    check_length(a_src, a_count);
+    return coding_kernels::code<std::string>(coding_kernels::k_base64_decoder, a_src, a_count);
 }
 
 }  // namespace nubase

@@ -24,6 +24,20 @@ path path_best() noexcept {
     return s_best;
 }
 
+std::size_t run(const coder& a_coder, path a_path, const unsigned char* a_src, std::size_t a_count,
+                unsigned char* a_dst) noexcept {
+    switch (a_path) {
+        case path::reference:
+            return a_coder.reference(a_src, a_count, a_dst);
+        case path::avx2:
+            if (detail::avx2_usable()) return a_coder.avx2(a_src, a_count, a_dst);
+            break;
+        case path::scalar:
+            break;
+    }
+    return a_coder.scalar(a_src, a_count, a_dst);
+}
+
 }  // namespace coding_kernels
 
 // ---- network coding -------------------------------------------------------------------------

@@ -161,8 +161,8 @@ NUBASE_TARGET_AVX2 std::size_t base64_decode_avx2(const unsigned char* a_src, st
     return static_cast<std::size_t>(a_dst - l_out_start);
 }
 
-NUBASE_TARGET_AVX2 void hex_encode_avx2(const unsigned char* a_src, std::size_t a_count,
-                                        unsigned char* a_dst) noexcept {
+NUBASE_TARGET_AVX2 std::size_t hex_encode_avx2(const unsigned char* a_src, std::size_t a_count,
+                                               unsigned char* a_dst) noexcept {
     const __m256i l_digits = _mm256_setr_epi8('0', '1', '2', '3', '4', '5', '6', '7', '8', '9', 'a',
                                               'b', 'c', 'd', 'e', 'f', '0', '1', '2', '3', '4', '5',
                                               '6', '7', '8', '9', 'a', 'b', 'c', 'd', 'e', 'f');
@@ -182,10 +182,11 @@ NUBASE_TARGET_AVX2 void hex_encode_avx2(const unsigned char* a_src, std::size_t 
                             _mm256_permute2x128_si256(l_first, l_second, 0x31));
     }
     hex_encode_scalar(a_src + l_i, a_count - l_i, a_dst + 2 * l_i);
+    return 2 * a_count;
 }
 
-NUBASE_TARGET_AVX2 void hex_decode_avx2(const unsigned char* a_src, std::size_t a_count,
-                                        unsigned char* a_dst) noexcept {
+NUBASE_TARGET_AVX2 std::size_t hex_decode_avx2(const unsigned char* a_src, std::size_t a_count,
+                                               unsigned char* a_dst) noexcept {
     std::size_t l_i = 0;
     for (; a_count - l_i >= 64; l_i += 64) {
         const __m256i l_a = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a_src + l_i));
@@ -197,9 +198,10 @@ NUBASE_TARGET_AVX2 void hex_decode_avx2(const unsigned char* a_src, std::size_t 
                             _mm256_permute4x64_epi64(l_packed, 0xd8));
     }
     hex_decode_scalar(a_src + l_i, a_count - l_i, a_dst + l_i / 2);
+    return a_count / 2;
 }
 
-#else  // not x86
+#else  // not x86: never usable; the definitions only complete the coders' tables
 
 bool avx2_usable() noexcept {
     return false;
@@ -213,13 +215,13 @@ std::size_t base64_decode_avx2(const unsigned char* a_src, std::size_t a_count,
                                unsigned char* a_dst) noexcept {
     return base64_decode_scalar(a_src, a_count, a_dst);
 }
-void hex_encode_avx2(const unsigned char* a_src, std::size_t a_count,
-                     unsigned char* a_dst) noexcept {
-    hex_encode_scalar(a_src, a_count, a_dst);
+std::size_t hex_encode_avx2(const unsigned char* a_src, std::size_t a_count,
+                            unsigned char* a_dst) noexcept {
+    return hex_encode_scalar(a_src, a_count, a_dst);
 }
-void hex_decode_avx2(const unsigned char* a_src, std::size_t a_count,
-                     unsigned char* a_dst) noexcept {
-    hex_decode_scalar(a_src, a_count, a_dst);
+std::size_t hex_decode_avx2(const unsigned char* a_src, std::size_t a_count,
+                            unsigned char* a_dst) noexcept {
+    return hex_decode_scalar(a_src, a_count, a_dst);
 }
 
 #endif

@@ -49,57 +49,63 @@ NUBASE_API std::size_t base64_encode(path a_path, const unsigned char* a_src, st
 // whole bound may be written as scratch) and returns the number of bytes decoded.
 NUBASE_API std::size_t base64_decode(path a_path, const unsigned char* a_src, std::size_t a_count,
                                      unsigned char* a_dst) noexcept;
-// Writes 2 x n lower-case digits.
-NUBASE_API void hex_encode(path a_path, const unsigned char* a_src, std::size_t a_count,
-                           unsigned char* a_dst) noexcept;
-// Decodes n characters (n even) into n / 2 bytes.
-NUBASE_API void hex_decode(path a_path, const unsigned char* a_src, std::size_t a_count,
-                           unsigned char* a_dst) noexcept;
+// Writes 2 x n lower-case digits and returns 2 x n.
+NUBASE_API std::size_t hex_encode(path a_path, const unsigned char* a_src, std::size_t a_count,
+                                  unsigned char* a_dst) noexcept;
+// Decodes n characters (n even) into n / 2 bytes and returns n / 2.
+NUBASE_API std::size_t hex_decode(path a_path, const unsigned char* a_src, std::size_t a_count,
+                                  unsigned char* a_dst) noexcept;
 
 // ---- private to the library's sources -------------------------------------------------------
 
-namespace detail {
-// The table-driven kernels, used by the avx2 kernels for what they leave over.
-std::size_t base64_encode_scalar(const unsigned char* a_src, std::size_t a_count,
-                                 unsigned char* a_dst) noexcept;
-std::size_t base64_decode_scalar(const unsigned char* a_src, std::size_t a_count,
-                                 unsigned char* a_dst) noexcept;
-void hex_encode_scalar(const unsigned char* a_src, std::size_t a_count,
-                       unsigned char* a_dst) noexcept;
-void hex_decode_scalar(const unsigned char* a_src, std::size_t a_count,
-                       unsigned char* a_dst) noexcept;
+// One kernel: codes n bytes at src into dst and returns how many bytes it wrote.
+using kernel = std::size_t(const unsigned char* a_src, std::size_t a_count,
+                           unsigned char* a_dst) noexcept;
 
+// A coder: its kernel on each path and the room its output needs for n input bytes.
+struct coder {
+    kernel* reference;
+    kernel* scalar;
+    kernel* avx2;
+    std::size_t (*bound)(std::size_t a_count) noexcept;
+    // Larger inputs cannot be allocated (or would overflow the bound).
+    unsigned long long limit;
+};
+
+// Runs the coder's kernel for `p`; a path the processor cannot run falls back to scalar.
+std::size_t run(const coder& a_coder, path a_path, const unsigned char* a_src, std::size_t a_count,
+                unsigned char* a_dst) noexcept;
+
+namespace detail {
+// The table-driven kernels, which the avx2 kernels use for what they leave over.
+kernel base64_encode_scalar, base64_decode_scalar, hex_encode_scalar, hex_decode_scalar;
+// Whole inputs, as the public kernels above; only run when avx2_usable(). On processors without
+// the instructions they forward to the scalar kernels.
+kernel base64_encode_avx2, base64_decode_avx2, hex_encode_avx2, hex_decode_avx2;
 // True when this build has the avx2 kernels and the processor runs them.
 bool avx2_usable() noexcept;
-// Whole inputs, as the public kernels above; only called when avx2_usable().
-std::size_t base64_encode_avx2(const unsigned char* a_src, std::size_t a_count,
-                               unsigned char* a_dst) noexcept;
-std::size_t base64_decode_avx2(const unsigned char* a_src, std::size_t a_count,
-                               unsigned char* a_dst) noexcept;
-void hex_encode_avx2(const unsigned char* a_src, std::size_t a_count,
-                     unsigned char* a_dst) noexcept;
-void hex_decode_avx2(const unsigned char* a_src, std::size_t a_count,
-                     unsigned char* a_dst) noexcept;
 }  // namespace detail
 
-// The public coders' frame, shared by their buffer and string forms: sizes a fresh `Out` to
-// `bound` bytes, lets `fill(bytes)` write and return how many it wrote, and cuts to that. Counts
-// above `limit` cannot be allocated (or would overflow the bound) and raise std::bad_alloc
-// before anything is built.
+// The public coders' frame, shared by their buffer and string forms: a null or empty input gives
+// an empty (default-constructed) result; otherwise a fresh `Out` is sized to the bound, the best
+// path writes into it, and it is cut to what was written. An input above the coder's limit
+// raises std::bad_alloc before anything is built.
 inline unsigned char* bytes_of(buffer& a_out) noexcept {
     return a_out.data();
 }
 inline unsigned char* bytes_of(std::string& a_out) noexcept {
     return reinterpret_cast<unsigned char*>(&a_out[0]);
 }
-template <class Out, class Bound, class Fill>
-Out coded(unsigned long long a_count, unsigned long long a_limit, Bound a_bound, Fill a_fill) {
-    if (a_count > a_limit || a_count > std::numeric_limits<std::size_t>::max()) {
+template <class Out>
+Out code(const coder& a_coder, const unsigned char* a_src, unsigned long long a_count) {
+    if (a_src == nullptr || a_count == 0) return Out();
+    if (a_count > a_coder.limit || a_count > std::numeric_limits<std::size_t>::max()) {
         throw std::bad_alloc();
     }
+    const auto l_count = static_cast<std::size_t>(a_count);
     Out l_out;
-    l_out.resize(a_bound(static_cast<std::size_t>(a_count)));
-    l_out.resize(a_fill(bytes_of(l_out), static_cast<std::size_t>(a_count)));
+    l_out.resize(a_coder.bound(l_count));
+    l_out.resize(run(a_coder, path_best(), a_src, l_count, bytes_of(l_out)));
     return l_out;
 }
 

@@ -43,117 +43,93 @@ constexpr std::array<std::array<unsigned char, 2>, 256> make_pairs() {
 }
 constexpr std::array<std::array<unsigned char, 2>, 256> k_pairs = make_pairs();
 
-void encode_reference(const unsigned char* a_src, std::size_t a_count,
-                      unsigned char* a_dst) noexcept {
+std::size_t encode_reference(const unsigned char* a_src, std::size_t a_count,
+                             unsigned char* a_dst) noexcept {
     for (std::size_t l_i = 0; l_i < a_count; ++l_i) {
-        *a_dst++ = static_cast<unsigned char>(k_digits[a_src[l_i] >> 4]);
-        *a_dst++ = static_cast<unsigned char>(k_digits[a_src[l_i] & 15]);
+        a_dst[2 * l_i] = static_cast<unsigned char>(k_digits[a_src[l_i] >> 4]);
+        a_dst[2 * l_i + 1] = static_cast<unsigned char>(k_digits[a_src[l_i] & 15]);
     }
+    return 2 * a_count;
 }
 
 // Invalid digits keep their 255: the pair gives the low 8 bits of (255 << 4) | v1 or of
 // (v0 << 4) | 255, that is F0 | v1 or FF.
-void decode_reference(const unsigned char* a_src, std::size_t a_count,
-                      unsigned char* a_dst) noexcept {
+std::size_t decode_reference(const unsigned char* a_src, std::size_t a_count,
+                             unsigned char* a_dst) noexcept {
     for (std::size_t l_i = 0; l_i + 2 <= a_count; l_i += 2) {
-        *a_dst++ =
+        a_dst[l_i / 2] =
             static_cast<unsigned char>((k_reverse[a_src[l_i]] << 4) | k_reverse[a_src[l_i + 1]]);
     }
+    return a_count / 2;
+}
+
+std::size_t encode_bound(std::size_t a_count) noexcept {
+    return 2 * a_count;
+}
+std::size_t decode_bound(std::size_t a_count) noexcept {
+    return a_count / 2;
 }
 
 }  // namespace
 
 namespace detail {
 
-void hex_encode_scalar(const unsigned char* a_src, std::size_t a_count,
-                       unsigned char* a_dst) noexcept {
+std::size_t hex_encode_scalar(const unsigned char* a_src, std::size_t a_count,
+                              unsigned char* a_dst) noexcept {
     for (std::size_t l_i = 0; l_i < a_count; ++l_i) {
         std::memcpy(a_dst + 2 * l_i, k_pairs[a_src[l_i]].data(), 2);
     }
+    return 2 * a_count;
 }
 
 // The reference loop is already one look-up per character with nothing to branch on.
-void hex_decode_scalar(const unsigned char* a_src, std::size_t a_count,
-                       unsigned char* a_dst) noexcept {
-    decode_reference(a_src, a_count, a_dst);
+std::size_t hex_decode_scalar(const unsigned char* a_src, std::size_t a_count,
+                              unsigned char* a_dst) noexcept {
+    return decode_reference(a_src, a_count, a_dst);
 }
 
 }  // namespace detail
 
-void hex_encode(path a_path, const unsigned char* a_src, std::size_t a_count,
-                unsigned char* a_dst) noexcept {
-    switch (a_path) {
-        case path::reference:
-            return encode_reference(a_src, a_count, a_dst);
-        case path::avx2:
-            if (detail::avx2_usable()) return detail::hex_encode_avx2(a_src, a_count, a_dst);
-            break;
-        case path::scalar:
-            break;
-    }
-    detail::hex_encode_scalar(a_src, a_count, a_dst);
+const coder k_hex_encoder = {encode_reference, detail::hex_encode_scalar, detail::hex_encode_avx2,
+                             encode_bound, std::numeric_limits<std::size_t>::max() / 4};
+const coder k_hex_decoder = {decode_reference, detail::hex_decode_scalar, detail::hex_decode_avx2,
+                             decode_bound, std::numeric_limits<std::size_t>::max()};
+
+std::size_t hex_encode(path a_path, const unsigned char* a_src, std::size_t a_count,
+                       unsigned char* a_dst) noexcept {
+    return run(k_hex_encoder, a_path, a_src, a_count, a_dst);
 }
 
-void hex_decode(path a_path, const unsigned char* a_src, std::size_t a_count,
-                unsigned char* a_dst) noexcept {
-    switch (a_path) {
-        case path::reference:
-            return decode_reference(a_src, a_count, a_dst);
-        case path::avx2:
-            if (detail::avx2_usable()) return detail::hex_decode_avx2(a_src, a_count, a_dst);
-            break;
-        case path::scalar:
-            break;
-    }
-    detail::hex_decode_scalar(a_src, a_count, a_dst);
+std::size_t hex_decode(path a_path, const unsigned char* a_src, std::size_t a_count,
+                       unsigned char* a_dst) noexcept {
+    return run(k_hex_decoder, a_path, a_src, a_count, a_dst);
 }
 
 }  // namespace coding_kernels
 
 namespace {
-
-using coding_kernels::coded;
-
-template <class Out>
-Out encode(const unsigned char* a_src, unsigned long long a_count) {
-    if (a_src == nullptr || a_count == 0) return Out();
-    return coded<Out>(
-        a_count, std::numeric_limits<std::size_t>::max() / 4,
-        [](std::size_t a_n) { return 2 * a_n; },
-        [a_src](unsigned char* a_dst, std::size_t a_n) {
-            coding_kernels::hex_encode(coding_kernels::path_best(), a_src, a_n, a_dst);
-            return 2 * a_n;
-        });
+// Only the length is checked; a null or empty input is not an error.
+void check_length(const unsigned char* a_src, unsigned long long a_count) {
+    if (a_src != nullptr && a_count % 2 != 0) NUBASE_RAISE(arg, nullptr);
 }
-
-template <class Out>
-Out decode(const unsigned char* a_src, unsigned long long a_count) {
-    if (a_src == nullptr || a_count == 0) return Out();
-    if (a_count % 2 != 0) NUBASE_RAISE(arg, nullptr);
-    return coded<Out>(
-        a_count, std::numeric_limits<std::size_t>::max(), [](std::size_t a_n) { return a_n / 2; },
-        [a_src](unsigned char* a_dst, std::size_t a_n) {
-            coding_kernels::hex_decode(coding_kernels::path_best(), a_src, a_n, a_dst);
-            return a_n / 2;
-        });
-}
-
 }  // namespace
 
 buffer buffer_encode_hex(const unsigned char* a_src, unsigned long long a_count) {
-    return encode<buffer>(a_src, a_count);
+    return coding_kernels::code<buffer>(coding_kernels::k_hex_encoder, a_src, a_count);
 }
 
 std::string string_encode_hex(const unsigned char* a_src, unsigned long long a_count) {
-    return encode<std::string>(a_src, a_count);
+    return coding_kernels::code<std::string>(coding_kernels::k_hex_encoder, a_src, a_count);
 }
 
 buffer buffer_decode_hex(const unsigned char* a_src, unsigned long long a_count) {
-    return decode<buffer>(a_src, a_count);
+    check_length(a_src, a_count);
+    return coding_kernels::code<buffer>(coding_kernels::k_hex_decoder, a_src, a_count);
 }
 
 std::string string_decode_hex(const unsigned char* a_src, unsigned long long a_count) {
-    return decode<std::string>(a_src, a_count);
+    check_length(a_src, a_count);
+    return coding_kernels::code<std::string>(coding_kernels::k_hex_decoder, a_src, a_count);
 }
 
 }  // namespace nubase
