@@ -43,4 +43,9 @@
 #include "nubase/url.hpp"
 #include "nubase/ident.hpp"
 
+// concurrency
+#include "nubase/sync.hpp"
+#include "nubase/thread.hpp"
+#include "nubase/callqueue.hpp"
+
 #endif  // NUBASE_NUBASE_HPP

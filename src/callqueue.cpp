@@ -1,0 +1,206 @@
+// The call queue: posting, waiting for execution, and running on the queue's thread.
+#include <pthread.h>
+
+#include <mutex>
+#if defined(__GLIBCXX__)
+#include <cxxabi.h>
+#endif
+
+#include "nubase/callqueue.hpp"
+#include "nubase/string.hpp"
+#include "raise.hpp"
+
+namespace nubase {
+namespace {
+
+constexpr char k_source[] = "lib/nubase/src/callqueue";
+
+using hold = std::lock_guard<const mutex>;
+
+// The queue's thread: the thread that built the singleton. Written once, inside the guarded
+// initialisation of `instance()`, which every other reader passes through first.
+pthread_t g_thread_id;
+
+bool on_queue_thread() noexcept {
+    return pthread_equal(pthread_self(), g_thread_id) != 0;
+}
+
+}  // namespace
+
+callqueue_object::callqueue_object() = default;
+callqueue_object::~callqueue_object() = default;
+
+callqueue& callqueue::instance() {
+    static callqueue s_instance;
+    return s_instance;
+}
+
+callqueue::callqueue() : m_exited(false), m_sleeping(false) {
+    g_thread_id = pthread_self();
+}
+
+callqueue::~callqueue() {
+    for (const entry& l_entry : m_pending)
+        l_entry.object->release();
+    for (const entry& l_entry : m_exit_calls)
+        l_entry.object->release();
+}
+
+void callqueue::add_call(ptr_refcount<callqueue_object> a_object, const std::string& a_name,
+                         unsigned int a_flags) {
+    if (exited()) {
+        NUBASE_RAISE_AT(83, call,
+                        string_with_format("Cannot add '%s' call to callqueue: callqueue has "
+                                           "already exit()ed.",
+                                           a_name.c_str())
+                            .c_str());
+    }
+    if (!a_object) NUBASE_RAISE(null, "Cannot add a null call to callqueue");
+    a_object->set_id(a_name);
+    if (is_duplicate(a_name, a_flags)) return;
+
+    const bool l_own_thread = on_queue_thread();
+    if (l_own_thread && !(a_flags & flag_defer)) {
+        a_object->call();
+        return;
+    }
+    if (!l_own_thread && (a_flags & flag_wait)) {
+        // The object's mutex is held from before the append until the wait releases it, so the
+        // queue's thread cannot finish the call (it takes that mutex) before this thread waits.
+        bool l_done = false;
+        hold l_hold(a_object->m_mutex);
+        append(m_pending, a_object, &l_done);
+        while (!l_done)
+            a_object->wait();
+        return;
+    }
+    append(m_pending, a_object, nullptr);
+}
+
+void callqueue::add_exit_call(ptr_refcount<callqueue_object> a_object, const std::string& a_name,
+                              unsigned int a_flags) {
+    if (exited()) {
+        NUBASE_RAISE_AT(143, call, "Cannot add call to callqueue: callqueue has already exit()ed.");
+    }
+    if (!a_object) NUBASE_RAISE(null, "Cannot add a null call to callqueue");
+    a_object->set_id(a_name);
+    if (is_duplicate(a_name, a_flags)) return;
+    append(m_exit_calls, a_object, nullptr);
+}
+
+void callqueue::run() {
+    if (!on_queue_thread()) {
+        NUBASE_RAISE_AT(166, unsupp, "callqueue::run() called from different thread");
+    }
+    std::vector<entry> l_calls;
+    {
+        hold l_hold(m_mutex);
+        if (m_pending.empty()) return;
+        l_calls.swap(m_pending);
+        // Posting goes on into the spare array, which keeps the capacity of earlier runs.
+        m_pending.swap(m_spare);
+    }
+    execute(l_calls, m_pending);
+    hold l_hold(m_mutex);
+    if (m_spare.capacity() < l_calls.capacity()) m_spare.swap(l_calls);
+}
+
+void callqueue::exit() {
+    if (!on_queue_thread()) {
+        NUBASE_RAISE_AT(196, unsupp, "callqueue::exit() called from different thread");
+    }
+    m_exited.store(true, std::memory_order_release);
+    std::vector<entry> l_calls;
+    {
+        hold l_hold(m_mutex);
+        l_calls.swap(m_exit_calls);
+    }
+    execute(l_calls, m_exit_calls);
+}
+
+bool callqueue::exited() const noexcept {
+    return m_exited.load(std::memory_order_acquire);
+}
+
+bool callqueue::wait_for_calls(const timestamp& a_timeout) {
+    if (!on_queue_thread()) {
+        NUBASE_RAISE(unsupp, "callqueue::wait_for_calls() called from different thread");
+    }
+    hold l_hold(m_mutex);
+    if (!m_pending.empty()) return true;
+    const timestamp l_deadline = timestamp_with_utc(0, 0) + a_timeout;
+    // `m_sleeping` asks the next poster for a signal; the poster clears it when it signals.
+    struct sleeping {
+        bool& flag;
+        ~sleeping() { flag = false; }
+    } l_sleeping{m_sleeping};
+    do {
+        m_sleeping = true;
+        if (!m_arrived.wait_abs(m_mutex, l_deadline)) break;
+    } while (m_pending.empty());
+    return !m_pending.empty();
+}
+
+void callqueue::append(std::vector<entry>& a_list, const ptr_refcount<callqueue_object>& a_object,
+                       bool* a_done) {
+    bool l_wake;
+    {
+        hold l_hold(m_mutex);
+        a_list.push_back(entry{a_object.get(), a_done});
+        a_object->retain();
+        // Only the first pending call wakes a sleeping queue's thread: it takes them all.
+        l_wake = m_sleeping && &a_list == &m_pending && a_list.size() == 1;
+        if (l_wake) m_sleeping = false;
+    }
+    if (l_wake) m_arrived.signal();
+}
+
+bool callqueue::is_duplicate(const std::string& a_name, unsigned int a_flags) {
+    if (!(a_flags & flag_unique)) return false;
+    hold l_hold(m_mutex);
+    return !m_unique_names.insert(a_name).second;
+}
+
+void callqueue::execute(std::vector<entry>& a_list, std::vector<entry>& a_origin) {
+    std::size_t l_index = 0;
+    try {
+        for (; l_index < a_list.size(); ++l_index) {
+            const entry l_entry = a_list[l_index];
+            // Gives up the entry's reference however the call ends.
+            struct releaser {
+                const callqueue_object* object;
+                ~releaser() { object->release(); }
+            } l_releaser{l_entry.object};
+            {
+                hold l_hold(l_entry.object->m_mutex);
+                try {
+                    l_entry.object->call();
+#if defined(__GLIBCXX__)
+                } catch (abi::__forced_unwind&) {
+                    // The thread is exiting or being cancelled inside the call: its waiter is
+                    // released all the same.
+                    if (l_entry.done) *l_entry.done = true;
+                    l_entry.object->m_condition.broadcast();
+                    throw;
+#endif
+                } catch (...) {
+                    // A call's failure is its own affair: the queue goes on with the next one.
+                }
+                if (l_entry.done) *l_entry.done = true;
+            }
+            // Several threads may wait on one object, each for its own posting: wake them all
+            // and let each check its own flag. Waking after the unlock spares the waiter a block
+            // on the mutex; the entry's reference keeps the object alive until then.
+            l_entry.object->m_condition.broadcast();
+        }
+    } catch (...) {
+        // Leave the calls not yet run queued, in order, for a later run.
+        hold l_queue(m_mutex);
+        a_origin.insert(a_origin.begin(), a_list.begin() + l_index + 1, a_list.end());
+        a_list.clear();
+        throw;
+    }
+    a_list.clear();
+}
+
+}  // namespace nubase

@@ -1,0 +1,283 @@
+// Mutexes, conditions, read-write locks and semaphores: busy and timed-out outcomes, the raised
+// failures with their messages and lines, and the semaphore's counting rules.
+#include "nubase/sync.hpp"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <type_traits>
+
+namespace {
+
+using nubase::condition;
+using nubase::mutex;
+using nubase::rwlock;
+using nubase::semaphore;
+using nubase::timestamp;
+using clock_type = std::chrono::steady_clock;
+
+static_assert(!std::is_copy_constructible_v<mutex> && !std::is_copy_assignable_v<mutex>);
+static_assert(!std::is_copy_constructible_v<semaphore>);
+static_assert(!std::is_convertible_v<bool, mutex>, "the constructors are explicit");
+
+long long ms_since(clock_type::time_point a_start) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(clock_type::now() - a_start)
+        .count();
+}
+
+// Runs `a_body` on another thread and waits for it.
+template <class F>
+void on_other_thread(F a_body) {
+    std::thread t(a_body);
+    t.join();
+}
+
+// Expects `a_body` to raise es::call from `a_source` at `a_line` with `a_message`.
+template <class F>
+void expect_call_failure(F a_body, const char* a_source, unsigned a_line, const char* a_message) {
+    try {
+        a_body();
+        ADD_FAILURE() << "nothing raised, expected: " << a_message;
+    } catch (const nubase::es::call& e) {
+        EXPECT_STREQ(a_source, e.file());
+        EXPECT_EQ(a_line, e.line());
+        EXPECT_STREQ(a_message, e.what());
+    }
+}
+
+TEST(Mutex, LiteralPicksTheNamedConstructor) {
+    EXPECT_EQ("jobs", mutex("jobs").name());
+    EXPECT_EQ("queue", mutex(std::string("queue")).name());
+    EXPECT_EQ("", mutex(true).name());
+    EXPECT_EQ("", mutex().name());
+}
+
+TEST(Mutex, TrylockIsBusyWhileAnotherThreadHolds) {
+    for (bool recursive : {false, true}) {
+        SCOPED_TRACE(recursive ? "recursive" : "plain");
+        mutex m(recursive);
+        m.lock();
+        on_other_thread([&] { EXPECT_FALSE(m.trylock()); });
+        // The holder itself may lock a recursive mutex again; a plain one is busy for it too.
+        EXPECT_EQ(recursive, m.trylock());
+        if (recursive) m.unlock();
+        m.unlock();
+        on_other_thread([&] {
+            EXPECT_TRUE(m.trylock());
+            m.unlock();
+        });
+    }
+}
+
+TEST(Mutex, RecursiveCountsItsLocks) {
+    mutex m(true);
+    m.lock();
+    m.lock();
+    m.unlock();
+    on_other_thread([&] { EXPECT_FALSE(m.trylock()); });
+    m.unlock();
+    on_other_thread([&] {
+        EXPECT_TRUE(m.trylock());
+        m.unlock();
+    });
+}
+
+TEST(Mutex, UnlockWithoutHoldingNamesTheMutex) {
+    // The recursive type checks its owner on this platform; the unnamed mutex leaves two blanks.
+    mutex m(true);
+    expect_call_failure([&] { m.unlock(); }, "lib/nubase/src/mutex", 136,
+                        "The current thread does not hold a lock on mutex  (unlock)");
+    m.lock();
+    on_other_thread([&] {
+        expect_call_failure([&] { m.unlock(); }, "lib/nubase/src/mutex", 136,
+                            "The current thread does not hold a lock on mutex  (unlock)");
+    });
+    m.unlock();  // still held by this thread, and still usable
+}
+
+TEST(Mutex, WorksWithStandardGuards) {
+    const mutex m("guarded");
+    {
+        std::unique_lock<const mutex> hold(m, std::try_to_lock);
+        EXPECT_TRUE(hold.owns_lock());
+        on_other_thread([&] { EXPECT_FALSE(m.trylock()); });
+    }
+    EXPECT_TRUE(m.trylock());
+    m.unlock();
+}
+
+TEST(Condition, TimedWaitsTimeOut) {
+    const mutex m;
+    const condition c;
+    std::lock_guard<const mutex> hold(m);
+
+    // A dead-line in the past, also one whose nanoseconds round up to a whole second (which the
+    // wait would refuse as invalid if it were not carried), times out at once.
+    const timestamp past[] = {timestamp(1, 1), timestamp(3999999999ULL, 2000000000ULL)};
+    for (const timestamp& deadline : past)
+        EXPECT_FALSE(c.wait_abs(m, deadline));
+
+    const auto start = clock_type::now();
+    EXPECT_FALSE(c.wait(m, timestamp(60, 1000)));
+    EXPECT_GE(ms_since(start), 50);
+    // Far from now plus the time-out at rate 1000: a wrong sum would wait hours or not at all.
+    const auto start2 = clock_type::now();
+    EXPECT_FALSE(c.wait(m, timestamp(60000000, 1000000000)));
+    EXPECT_GE(ms_since(start2), 50);
+    EXPECT_LT(ms_since(start2), 30000);
+}
+
+TEST(Condition, WakesAWaiter) {
+    const mutex m;
+    const condition c;
+    bool ready = false;
+    std::thread poster([&] {
+        std::lock_guard<const mutex> hold(m);
+        ready = true;
+        c.signal();
+    });
+    {
+        std::lock_guard<const mutex> hold(m);
+        bool woken = true;
+        while (!ready && woken)
+            woken = c.wait(m, timestamp(30, 1));
+        EXPECT_TRUE(ready);
+    }
+    poster.join();
+
+    // broadcast releases every waiter of an untimed wait.
+    int released = 0;
+    bool go = false;
+    std::thread waiters[3];
+    for (auto& w : waiters) {
+        w = std::thread([&] {
+            std::lock_guard<const mutex> hold(m);
+            while (!go)
+                c.wait(m);
+            ++released;
+        });
+    }
+    {
+        std::lock_guard<const mutex> hold(m);
+        go = true;
+        c.broadcast();
+    }
+    for (auto& w : waiters)
+        w.join();
+    EXPECT_EQ(3, released);
+}
+
+TEST(Rwlock, ReadersShareAWriterExcludes) {
+    rwlock l;
+    l.lock_rd();
+    on_other_thread([&] {
+        EXPECT_TRUE(l.trylock_rd());
+        EXPECT_FALSE(l.trylock_wr());
+        l.unlock();
+    });
+    l.unlock();
+
+    l.lock_wr();
+    on_other_thread([&] {
+        EXPECT_FALSE(l.trylock_rd());
+        EXPECT_FALSE(l.trylock_wr());
+    });
+    l.unlock();
+    EXPECT_TRUE(l.trylock_wr());
+    l.unlock();
+}
+
+TEST(Rwlock, LockingOverOwnWriteHoldRaises) {
+    // The platform reports the self-deadlock instead of hanging.
+    rwlock l;
+    l.lock_wr();
+    expect_call_failure([&] { l.lock_wr(); }, "lib/nubase/src/rwlock", 74, "rwlock wrlock error");
+    expect_call_failure([&] { l.lock_rd(); }, "lib/nubase/src/rwlock", 65, "rwlock rdlock error");
+    l.unlock();
+}
+
+TEST(Semaphore, Counting) {
+    struct step {
+        const char* what;
+        void (*act)(semaphore&);
+        bool taken;  // what trywait then returns
+        int value;   // the value afterwards
+    };
+    const step steps[] = {
+        {"empty", [](semaphore&) {}, false, 0},
+        {"post(3) gives three units", [](semaphore& s) { s.post(3); }, true, 2},
+        {"second", [](semaphore&) {}, true, 1},
+        {"third", [](semaphore&) {}, true, 0},
+        {"fourth fails", [](semaphore&) {}, false, 0},
+        {"reset(0) withdraws posted units", [](semaphore& s) { s.post(5), s.reset(0); }, false, 0},
+        {"negative value needs more posts", [](semaphore& s) { s.reset(-1), s.post(); }, false, 0},
+        {"then one more", [](semaphore& s) { s.post(); }, true, 0},
+    };
+    semaphore s(0);
+    for (const step& st : steps) {
+        SCOPED_TRACE(st.what);
+        st.act(s);
+        EXPECT_EQ(st.taken, s.trywait());
+        EXPECT_EQ(st.value, s.get_value());
+    }
+}
+
+TEST(Semaphore, TrywaitNeverBlocksOnItsMutex) {
+    semaphore s(2);
+    s.get_mutex().lock();
+    on_other_thread([&] { EXPECT_FALSE(s.trywait()); });
+    s.get_mutex().unlock();
+    EXPECT_EQ(2, s.get_value());
+    EXPECT_TRUE(s.trywait());
+}
+
+TEST(Semaphore, TimedWaits) {
+    semaphore s(0);
+    const auto start = clock_type::now();
+    EXPECT_FALSE(s.wait(timestamp(50, 1000)));
+    EXPECT_GE(ms_since(start), 40);
+    EXPECT_EQ(0, s.get_value());
+
+    // A unit already there is taken even with a dead-line in the past.
+    s.post();
+    EXPECT_TRUE(s.wait_abs(timestamp(1, 1)));
+    EXPECT_FALSE(s.wait_abs(timestamp(1, 1)));
+    EXPECT_EQ(0, s.get_value());
+}
+
+TEST(Semaphore, HandsUnitsAcrossThreads) {
+    constexpr int k_units = 2000;
+    semaphore items(0), done(0);
+    std::atomic<int> taken{0};
+    std::thread consumers[2];
+    for (auto& c : consumers) {
+        c = std::thread([&] {
+            for (int i = 0; i < k_units / 2; ++i) {
+                if (i % 2) {
+                    items.wait();
+                } else {
+                    ASSERT_TRUE(items.wait(timestamp(30, 1)));
+                }
+                ++taken;
+            }
+            done.post();
+        });
+    }
+    for (int i = 0; i < k_units; i += 4) {
+        items.post();
+        items.post(3);
+    }
+    done.wait();
+    done.wait();
+    for (auto& c : consumers)
+        c.join();
+    EXPECT_EQ(k_units, taken.load());
+    EXPECT_EQ(0, items.get_value());
+}
+
+}  // namespace
