@@ -1,6 +1,7 @@
 // Tokenizing, joining, key-value strings and replacement tables.
 #include "nubase/strutil.hpp"
 
+#include <algorithm>
 #include <cstring>
 
 #include "nubase/string.hpp"
@@ -43,18 +44,18 @@ void join_with(const Pieces& a_pieces, const char* a_sep, std::size_t a_sep_size
         a_out.append(l_joined);
         return;
     }
-    std::size_t l_at = a_out.size();
+    const std::size_t l_at = a_out.size();
     a_out.resize(l_at + l_total);
-    char* const l_p = &a_out[0];
-    bool l_first = true;
-    for (const auto& l_piece : a_pieces) {
-        if (!l_first && a_sep_size != 0) {
-            std::memcpy(l_p + l_at, a_sep, a_sep_size);
-            l_at += a_sep_size;
+    char* l_p = &a_out[l_at];
+    auto l_it = a_pieces.begin();
+    l_p = std::copy(l_it->begin(), l_it->end(), l_p);
+    for (++l_it; l_it != a_pieces.end(); ++l_it) {
+        if (a_sep_size == 1) {
+            *l_p++ = *a_sep;
+        } else {
+            l_p = std::copy(a_sep, a_sep + a_sep_size, l_p);
         }
-        if (!l_piece.empty()) std::memcpy(l_p + l_at, l_piece.data(), l_piece.size());
-        l_at += l_piece.size();
-        l_first = false;
+        l_p = std::copy(l_it->begin(), l_it->end(), l_p);
     }
 }
 
@@ -62,6 +63,11 @@ void join_with(const Pieces& a_pieces, const char* a_sep, std::size_t a_sep_size
 
 void tokenize_string(const std::string& a_s, char a_sep, std::vector<std::string>& a_out,
                      bool a_keep_empty) {
+    // Counting first lets the vector grow once instead of moving its strings on every doubling.
+    if (a_keep_empty) {
+        a_out.reserve(a_out.size() + 1 +
+                      static_cast<std::size_t>(std::count(a_s.begin(), a_s.end(), a_sep)));
+    }
     std::size_t l_start = 0;
     for (;;) {
         const std::size_t l_pos = a_s.find(a_sep, l_start);
