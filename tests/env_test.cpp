@@ -5,69 +5,21 @@
 #include <gtest/gtest.h>
 
 #include <pwd.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <cstring>
 #include <filesystem>
-#include <optional>
 #include <string>
 
 #include "nubase/es.hpp"
+#include "vectors/path.hpp"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// Sets or unsets an environment variable for one scope and restores the old state after it.
-class scoped_env {
-  public:
-    scoped_env(const char* a_name, const char* a_value) : m_name(a_name) {
-        if (const char* l_old = getenv(a_name)) m_old = l_old;
-        if (a_value != nullptr) {
-            setenv(a_name, a_value, 1);
-        } else {
-            unsetenv(a_name);
-        }
-    }
-    ~scoped_env() {
-        if (m_old) {
-            setenv(m_name, m_old->c_str(), 1);
-        } else {
-            unsetenv(m_name);
-        }
-    }
-    scoped_env(const scoped_env&) = delete;
-    scoped_env& operator=(const scoped_env&) = delete;
-
-  private:
-    const char* m_name;
-    std::optional<std::string> m_old;
-};
-
-// Changes the working directory for one scope.
-class scoped_cwd {
-  public:
-    explicit scoped_cwd(const fs::path& a_dir) : m_old(fs::current_path()) {
-        fs::current_path(a_dir);
-    }
-    ~scoped_cwd() {
-        std::error_code l_ignored;
-        fs::current_path(m_old, l_ignored);
-    }
-    scoped_cwd(const scoped_cwd&) = delete;
-    scoped_cwd& operator=(const scoped_cwd&) = delete;
-
-  private:
-    fs::path m_old;
-};
-
-fs::path fresh_temp_dir(const char* a_tag) {
-    std::string l_template =
-        (fs::temp_directory_path() / (std::string("nubase-") + a_tag + "-XXXXXX")).string();
-    if (mkdtemp(l_template.data()) == nullptr) throw std::runtime_error("mkdtemp failed");
-    return l_template;
-}
+using nubase_vectors::path::fresh_temp_dir;
+using nubase_vectors::path::scoped_cwd;
+using nubase_vectors::path::scoped_env;
 
 TEST(Env, WorkingDirectoryOfAnyDepth) {
     EXPECT_EQ(fs::current_path().string(), nubase::env::get_current_working_directory_path());

@@ -31,6 +31,7 @@
 
 // locators: paths
 #include "nubase/path.hpp"
+#include "nubase/urlpath.hpp"
 
 // system: environment queries
 #include "nubase/env.hpp"
