@@ -79,20 +79,74 @@ inline __attribute__((always_inline)) unsigned int drop_frame_span(
     unsigned int a_dropped) noexcept {
     if (a_base == 0) return a_frames;
     const unsigned int minute_labels = a_base * k_seconds_per_minute;
-    const unsigned int crossed = (a_counter % minute_labels + a_frames) / minute_labels;
+    const unsigned int into_minute = a_counter % minute_labels + a_frames;
+    if (into_minute < minute_labels) return a_frames;  // the common case: no boundary crossed
+    const unsigned int crossed = into_minute / minute_labels;
     const unsigned int units_digit = minute_of(a_counter, a_base) % k_drop_exempt_minute_period;
     const unsigned int exempt = (units_digit + crossed) / k_drop_exempt_minute_period;
     return a_frames + (crossed - exempt) * a_dropped;
 }
 
-unsigned int drop_frame_span_in(timecode::mode_type a_mode, unsigned int a_counter,
-                                unsigned int a_frames, unsigned int a_base) noexcept {
+inline __attribute__((always_inline)) unsigned int drop_frame_span_in(
+    timecode::mode_type a_mode, unsigned int a_counter, unsigned int a_frames,
+    unsigned int a_base) noexcept {
     if (a_mode == timecode::mode_29_97_drop) {
         return a_base == 30 ? drop_frame_span(a_counter, a_frames, 30, k_dropped_labels_df30)
                             : drop_frame_span(a_counter, a_frames, a_base, k_dropped_labels_df30);
     }
     return a_base == 60 ? drop_frame_span(a_counter, a_frames, 60, k_dropped_labels_df60)
                         : drop_frame_span(a_counter, a_frames, a_base, k_dropped_labels_df60);
+}
+
+// The counter after a step of n real frames forward (the rules are at `timecode::increment`).
+// Every stepping member inlines this rather than calling another member, so that the library's
+// own calls are not routed through its exported entry points.
+inline __attribute__((always_inline)) unsigned int stepped_forward(unsigned int a_counter,
+                                                                   unsigned int a_base,
+                                                                   timecode::mode_type a_mode,
+                                                                   unsigned int a_frames) noexcept {
+    if (dropped_labels_per_minute(a_mode) != 0) {
+        return a_counter + drop_frame_span_in(a_mode, a_counter, a_frames, a_base);
+    }
+    if (a_mode == timecode::mode_23_976 && a_base != 0) {
+        // Standing exactly on a whole minute m: 2 more labels at odd minutes, 1 at even ones,
+        // one fewer at minutes divisible by 15.
+        const fields f = split(a_counter, a_base);
+        if (f.second == 0 && f.frame == 0) {
+            a_frames += f.minute % 2 + 1 - (f.minute % k_23_976_relief_minute_period == 0 ? 1 : 0);
+        }
+    }
+    return a_counter + a_frames;
+}
+
+// The field setters, on a counter: each adds (new - current) x the field's length in labels.
+unsigned int with_hour(unsigned int a_counter, unsigned int a_base, unsigned int a_hour) noexcept {
+    return a_counter + (a_hour - split(a_counter, a_base).hour) * a_base * k_seconds_per_hour;
+}
+
+unsigned int with_minute(unsigned int a_counter, unsigned int a_base,
+                         unsigned int a_minute) noexcept {
+    return a_counter + (a_minute - minute_of(a_counter, a_base)) * a_base * k_seconds_per_minute;
+}
+
+unsigned int with_second(unsigned int a_counter, unsigned int a_base,
+                         unsigned int a_second) noexcept {
+    return a_counter + (a_second - split(a_counter, a_base).second) * a_base;
+}
+
+unsigned int with_frame(unsigned int a_counter, unsigned int a_base,
+                        unsigned int a_frame) noexcept {
+    return a_counter + a_frame - split(a_counter, a_base).frame;
+}
+
+// The four setters in order; each sees the carries of the one before.
+unsigned int with_fields(unsigned int a_counter, unsigned int a_base, unsigned int a_hour,
+                         unsigned int a_minute, unsigned int a_second,
+                         unsigned int a_frame) noexcept {
+    a_counter = with_hour(a_counter, a_base, a_hour);
+    a_counter = with_minute(a_counter, a_base, a_minute);
+    a_counter = with_second(a_counter, a_base, a_second);
+    return with_frame(a_counter, a_base, a_frame);
 }
 
 // The C library's white space in the "C" locale, as skipped by scanf and atoi.
@@ -191,22 +245,23 @@ char* put_two_or_more(char* a_p, unsigned int a_value) noexcept {
 }
 
 struct mode_text {
-    const char* exact;   // matched as the whole text, or null
-    const char* prefix;  // matched as the beginning of the text
+    std::string exact;   // matched as the whole text, unless empty
+    std::string prefix;  // matched as the beginning of the text
     timecode::mode_type mode;
 };
 
-// `mode_from_string` tests these in order: the first match wins.
-constexpr mode_text k_mode_texts[] = {
-    {"24", "24.0", timecode::mode_24},
-    {nullptr, "23.976", timecode::mode_23_976},
-    {"25", "25.0", timecode::mode_25},
-    {"30", "30.0", timecode::mode_30},
-    {nullptr, "29.97", timecode::mode_29_97_drop},
-    {"50", "50.0", timecode::mode_50},
-    {"60", "60.0", timecode::mode_60},
-    {nullptr, "59.54", timecode::mode_59_94_drop},
-};
+// `mode_from_string` tests these in order: the first match wins. Built once, on first use, so
+// that no comparison builds a string.
+const mode_text* mode_texts_end(const mode_text*& a_begin) {
+    static const mode_text k_texts[] = {
+        {"24", "24.0", timecode::mode_24},        {"", "23.976", timecode::mode_23_976},
+        {"25", "25.0", timecode::mode_25},        {"30", "30.0", timecode::mode_30},
+        {"", "29.97", timecode::mode_29_97_drop}, {"50", "50.0", timecode::mode_50},
+        {"60", "60.0", timecode::mode_60},        {"", "59.54", timecode::mode_59_94_drop},
+    };
+    a_begin = k_texts;
+    return k_texts + sizeof k_texts / sizeof k_texts[0];
+}
 
 struct framerate_row {
     unsigned int hundredths;
@@ -235,7 +290,7 @@ timecode::timecode(mode_type a_mode) noexcept
 timecode::timecode(mode_type a_mode, unsigned int a_hour, unsigned int a_minute,
                    unsigned int a_second, unsigned int a_frame, unsigned int a_factor) noexcept
     : m_counter(0), m_base(base_of(a_mode)), m_mode(a_mode), m_factor(a_factor) {
-    set(a_hour, a_minute, a_second, a_frame);
+    m_counter = with_fields(0, m_base, a_hour, a_minute, a_second, a_frame);
 }
 
 timecode::timecode(const std::string& a_text)
@@ -246,7 +301,8 @@ timecode::timecode(const std::string& a_text)
                         string_with_format("Invalid timecode '%s'", a_text.c_str()).c_str());
     }
     if (scan.count == 5) m_mode = mode_from_string(std::string(scan.rate, scan.rate_length));
-    set(scan.values[0], scan.values[1], scan.values[2], scan.values[3]);
+    m_counter =
+        with_fields(0, m_base, scan.values[0], scan.values[1], scan.values[2], scan.values[3]);
 }
 
 timecode::timecode(float a_rate, const std::string& a_text)
@@ -256,13 +312,15 @@ timecode::timecode(float a_rate, const std::string& a_text)
       m_factor(1) {
     m_base = base_of(m_mode);
     const scanned_text scan = scan_timecode_text(a_text.c_str());
-    set(scan.values[0], scan.values[1], scan.values[2], scan.values[3]);
+    m_counter =
+        with_fields(0, m_base, scan.values[0], scan.values[1], scan.values[2], scan.values[3]);
 }
 
 timecode::mode_type timecode::mode_from_string(const std::string& a_text) noexcept {
-    for (const mode_text& row : k_mode_texts) {
-        if ((row.exact != nullptr && a_text == row.exact) || starts_with(row.prefix, a_text)) {
-            return row.mode;
+    const mode_text* row = nullptr;
+    for (const mode_text* end = mode_texts_end(row); row != end; ++row) {
+        if ((!row->exact.empty() && a_text == row->exact) || starts_with(row->prefix, a_text)) {
+            return row->mode;
         }
     }
     return mode_invalid;
@@ -313,27 +371,24 @@ bool timecode::is_fractional() const noexcept {
 }
 
 void timecode::set_hour(unsigned int a_hour) noexcept {
-    m_counter += (a_hour - hour()) * m_base * k_seconds_per_hour;
+    m_counter = with_hour(m_counter, m_base, a_hour);
 }
 
 void timecode::set_minute(unsigned int a_minute) noexcept {
-    m_counter += (a_minute - minute()) * m_base * k_seconds_per_minute;
+    m_counter = with_minute(m_counter, m_base, a_minute);
 }
 
 void timecode::set_second(unsigned int a_second) noexcept {
-    m_counter += (a_second - second()) * m_base;
+    m_counter = with_second(m_counter, m_base, a_second);
 }
 
 void timecode::set_frame(unsigned int a_frame) noexcept {
-    m_counter += a_frame - frame();
+    m_counter = with_frame(m_counter, m_base, a_frame);
 }
 
 void timecode::set(unsigned int a_hour, unsigned int a_minute, unsigned int a_second,
                    unsigned int a_frame) noexcept {
-    set_hour(a_hour);
-    set_minute(a_minute);
-    set_second(a_second);
-    set_frame(a_frame);
+    m_counter = with_fields(m_counter, m_base, a_hour, a_minute, a_second, a_frame);
 }
 
 void timecode::set(const std::string& a_text) {
@@ -341,7 +396,7 @@ void timecode::set(const std::string& a_text) {
     const unsigned int minute = atoi_piece(a_text, 3);
     const unsigned int second = atoi_piece(a_text, 6);
     const unsigned int frame = atoi_piece(a_text, 9);
-    set(hour, minute, second, frame);
+    m_counter = with_fields(m_counter, m_base, hour, minute, second, frame);
 }
 
 unsigned int timecode::total_frames() const noexcept {
@@ -362,18 +417,7 @@ void timecode::total_frames(unsigned int a_frames) noexcept {
 }
 
 void timecode::increment(unsigned int a_frames) noexcept {
-    unsigned int added = a_frames;
-    if (dropped_labels_per_minute(m_mode) != 0) {
-        added = drop_frame_span_in(m_mode, m_counter, a_frames, m_base);
-    } else if (m_mode == mode_23_976 && m_base != 0) {
-        // Standing exactly on a whole minute m: 2 more labels at odd minutes, 1 at even ones,
-        // one fewer at minutes divisible by 15.
-        const fields f = split(m_counter, m_base);
-        if (f.second == 0 && f.frame == 0) {
-            added += f.minute % 2 + 1 - (f.minute % k_23_976_relief_minute_period == 0 ? 1 : 0);
-        }
-    }
-    m_counter += added;
+    m_counter = stepped_forward(m_counter, m_base, m_mode, a_frames);
 }
 
 void timecode::decrement(unsigned int a_frames) noexcept {
@@ -385,31 +429,31 @@ void timecode::decrement(unsigned int a_frames) noexcept {
 }
 
 timecode& timecode::operator++() noexcept {
-    increment(m_factor);
+    m_counter = stepped_forward(m_counter, m_base, m_mode, m_factor);
     return *this;
 }
 
 timecode timecode::operator++(int) noexcept {
     const timecode before = *this;
-    increment(m_factor);
+    m_counter = stepped_forward(m_counter, m_base, m_mode, m_factor);
     return before;
 }
 
 timecode& timecode::operator+=(unsigned int a_steps) noexcept {
-    increment(a_steps * m_factor);
+    m_counter = stepped_forward(m_counter, m_base, m_mode, a_steps * m_factor);
     return *this;
 }
 
 timecode timecode::operator+(unsigned int a_steps) const noexcept {
     timecode sum = *this;
-    sum += a_steps;
+    sum.m_counter = stepped_forward(m_counter, m_base, m_mode, a_steps * m_factor);
     return sum;
 }
 
 bool timecode::is_consecutive(const timecode& a_lhs, const timecode& a_rhs) noexcept {
     const bool rhs_smaller = a_rhs < a_lhs;
     timecode next = rhs_smaller ? a_rhs : a_lhs;
-    next.increment(next.m_factor);
+    next.m_counter = stepped_forward(next.m_counter, next.m_base, next.m_mode, next.m_factor);
     return next == (rhs_smaller ? a_lhs : a_rhs);
 }
 
