@@ -20,7 +20,7 @@ TEST(String, Building) {
     EXPECT_EQ("ab\0cd"s, nubase::string_with_cstr("ab\0cd", 5)) << "embedded NULs are copied";
 
     const char* l_null = nullptr;
-    EXPECT_EQ("", nubase::string_with_format(l_null));
+    EXPECT_EQ("", nubase::string_with_format(l_null, 1));
     EXPECT_EQ("", nubase::string_with_format("%s", ""));
     // Around and far beyond the short-text fast path: no size limit, nothing cut.
     for (const std::size_t l_n : {254u, 255u, 256u, 100000u}) {
