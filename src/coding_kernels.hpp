@@ -1,10 +1,11 @@
 // src/coding_kernels.hpp - the base64 and hex kernels behind the public coders, one per
 // implementation ("path"), on raw memory sized by the caller.
 //
-// The public functions of coding.hpp size their output, call `*_best` and trim. The explicit
-// per-path entry points exist so that the test suite and the fuzz targets can run every path on
-// the same input and compare it with the reference; they are exported for that reason only and
-// are not part of the installed interface.
+// Each coder is a `coder`: its kernel on every path plus the room its output needs. The public
+// functions of coding.hpp run it through `code`, which sizes the result, runs the best path and
+// trims. The per-path entry points exist so that the test suite, the fuzz targets and the
+// benchmarks can run every path on the same input and compare it with the reference; they are
+// exported for that reason only and are not part of the installed interface.
 //
 // Paths:
 //   reference  the documented algorithm, one character or group at a time with the 256-entry
