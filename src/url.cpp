@@ -33,10 +33,11 @@ struct layout {
 };
 
 // The end of an authority starting at `a`, found over the whole string (the scan may run into
-// the fragment); k_npos when no delimiter ends it. Sets `semi_ends` once an '@' or a bracketed
-// host has been passed.
-std::size_t authority_end(const char* a_d, std::size_t a_a, std::size_t a_n, bool& a_semi_ends) {
-    bool l_bracketed = false;
+// the fragment); k_npos when no delimiter ends it. `semi_ends` tells whether an '@' or a
+// bracketed host lies before the working end `w`, so that a ';' there would end the authority.
+std::size_t authority_end(const char* a_d, std::size_t a_a, std::size_t a_w, std::size_t a_n,
+                          bool& a_semi_ends) {
+    bool l_at = false, l_bracketed = false;
     a_semi_ends = false;
     for (std::size_t l_i = a_a; l_i < a_n; ++l_i) {
         switch (a_d[l_i]) {
@@ -44,18 +45,21 @@ std::size_t authority_end(const char* a_d, std::size_t a_a, std::size_t a_n, boo
             case '?':
                 return l_i;
             case ';':
-                if (a_semi_ends) return l_i;
+                if (l_at || l_bracketed) return l_i;
                 break;
             case '@':
-                a_semi_ends = true;
+                l_at = true;
+                a_semi_ends = a_semi_ends || l_i < a_w;
                 break;
             case '[':
                 if (!l_bracketed) {
-                    // An IPv6 literal: skip to its ']'. Without one the '[' is ordinary.
-                    const std::size_t l_close = find_in(a_d, l_i + 1, a_n, ']');
-                    if (l_close < a_n) {
+                    // An IPv6 literal: skip to its ']'. Without one before the working end the
+                    // '[' is ordinary.
+                    const std::size_t l_close = find_in(a_d, l_i + 1, a_w, ']');
+                    if (l_close < a_w) {
                         l_i = l_close;
-                        l_bracketed = a_semi_ends = true;
+                        l_bracketed = true;
+                        a_semi_ends = true;
                     }
                 }
                 break;
@@ -82,7 +86,7 @@ layout scan(const char* a_d, std::size_t a_n) {
         return l;
     }
     l.a = l.s + 2;
-    const std::size_t l_end = authority_end(a_d, l.a, a_n, l.semi_ends);
+    const std::size_t l_end = authority_end(a_d, l.a, l.w, a_n, l.semi_ends);
     if (l_end == k_npos) {
         l.b = l.w;
     } else if (l_end > l.w) {
@@ -224,10 +228,18 @@ std::string& set_authority_piece(std::string& a_u, piece a_which, const std::str
     const std::string l_service = l_get(piece::service, l_p.service);
 
     std::string l_text;
-    if (!l_domain.empty()) l_text.append(l_domain).push_back(';');
+    // The ';' also stands when the user or password holds one, which would otherwise be read
+    // as the end of a domain.
+    if (!l_domain.empty() || l_user.find(';') != std::string::npos ||
+        l_password.find(';') != std::string::npos)
+        l_text.append(l_domain).push_back(';');
     l_text.append(l_user);
     if (!l_password.empty()) l_text.append(1, ':').append(l_password);
-    if (!l_text.empty() || l_host.find('@') != std::string::npos) l_text.push_back('@');
+    // The '@' also stands when the host or service holds one, which would otherwise end an empty
+    // user information there.
+    if (!l_text.empty() || l_host.find('@') != std::string::npos ||
+        l_service.find('@') != std::string::npos)
+        l_text.push_back('@');
     l_text.append(l_host);
     if (!l_service.empty()) l_text.append(1, ':').append(l_service);
 
@@ -487,6 +499,13 @@ std::string& url_set_path(std::string& a_u, const std::string& a_path, bool a_en
     const std::size_t l_end = path_end(a_u.data(), l);
     const std::string l_text = encoded(a_path, a_encode, false);
     a_u.replace(l.b, l_end - l.b, l_text);
+    if (l_text.empty() && l.slashes && l_end > l.b) {
+        // What followed the path may now read as part of the authority (parameters behind an
+        // authority that a ';' does not end, a fragment that holds a '/'): keep a "/" then.
+        const layout l_new = scan(a_u);
+        if (l_new.a != l.a || l_new.b != l.b) a_u.insert(l.b, 1, '/');
+        return a_u;
+    }
     if (!l_text.empty() && l_text[0] != '/' && l.slashes) a_u.insert(l.b, 1, '/');
     return a_u;
 }

@@ -218,6 +218,10 @@ TEST(Url, PartSetters) {
         {"proto://h", "x", 'p', "proto://h/x"},
         {"proto://h/a?q", "", 'p', "proto://h?q"},
         {"p://", "x", 'p', "p:///x"},
+        {"p://h/a;x", "", 'p', "p://h/;x"},      // "p://h;x" would have the authority "h;x"
+        {"p://h/a#f/x", "", 'p', "p://h/#f/x"},  // "p://h#f/x" would have no authority
+        {"p://u@h/a;x", "", 'p', "p://u@h;x"},
+        {"p://h:/x", "v", 'p', "p://h:/v"},
         {"x", "a/b", 'p', "a/b"},
         {"proto://h/p", "", 'a', "proto:/p"},
         {"p:x", "a", 'a', "p://a/x"},
@@ -287,6 +291,10 @@ TEST(Url, AuthorityPiecesInAnyOrder) {
     EXPECT_EQ("p://@b@c/", nubase::url_new_user("p://a@b@c/", "", true));
     // A host set behind an authority cut by the fragment gets a '/' to stand on.
     EXPECT_EQ("p://n/h#f/x", nubase::url_new_host("p://h#f/x", "n"));
+    // A ';' in the user keeps an empty domain's ';' in front of it.
+    EXPECT_EQ("p://;a;b:p@h", nubase::url_new_domain("p://D;a;b:p@h", "", true));
+    // A bracket pairs only before the '#': here the '[' is ordinary and the '/' ends the host.
+    EXPECT_EQ("p://u@[x/y#]", nubase::url_new_user("p://[x/y#]", "u", true));
     // Removing the user information must not let a ';' join the authority.
     EXPECT_EQ("p://h/;x", nubase::url_new_user("p://u@h;x", "", true));
 }

@@ -26,7 +26,7 @@
 //      inside the user information); an '@' switches to the rule below;
 //      behind the '@': the first '/', ';' or '?' ends it;
 //      a '[' jumps to the next ']' (an IPv6 literal); behind that ']' the first '/', ';' or '?'
-//      ends it. A '[' with no ']' anywhere behind it is an ordinary character.
+//      ends it. A '[' with no ']' behind it before the working end is an ordinary character.
 //    When the scan finds no end, the authority runs to the working end. When the end it finds
 //    lies behind the '#' (the scan goes on into the fragment), the authority is empty and the
 //    path starts right behind the "//": "p://h#x/y" has the authority "" and the path "h",
@@ -143,8 +143,9 @@ NUBASE_API std::string& url_set_authority(std::string& a_u, const std::string& a
 // '/' gets one in front when the scheme-specific part begins with "//" (there is an authority,
 // possibly empty): "proto://h" with "x" gives "proto://h/x" and the getter then returns "/x",
 // while "port:" with "in 1" gives "port:in 1" and "x" with "a" gives "a". An empty path removes
-// the old one. A path that begins with "//" where there is no "//" reads back as an authority;
-// encode or avoid such a path.
+// the old one, except that a "/" stays where what follows would otherwise be read into the
+// authority ("p://h/a;x" gives "p://h/;x", since "p://h;x" has the authority "h;x"). A path that
+// begins with "//" where there is no "//" reads back as an authority; encode or avoid such a path.
 NUBASE_API std::string& url_set_path(std::string& a_u, const std::string& a_path,
                                      bool a_encode = true);
 [[nodiscard]] NUBASE_API std::string url_new_path(const std::string& a_u, const std::string& a_path,
@@ -191,10 +192,11 @@ NUBASE_API std::string& url_set_fragment(std::string& a_u, const kvmap& a_fragme
 //
 //     [domain ';'] [user] [':' password] '@' host [':' service]
 //
-// where the '@' stands whenever any of domain, user or password is non-empty (or the host
-// holds an '@'), the ':' and ';' only in front of (or behind) a non-empty part. So the parts may be
-// set in any order: "p:/x" with the password "pw" gives "p://:pw@/x", then the domain "D" gives
-// "p://D;:pw@/x". The authority is then set as by `url_set_authority` (without encoding):
+// where the '@' stands whenever any of domain, user or password is non-empty (or the host or
+// service holds an '@'), the ':' and ';' only in front of (or behind) a non-empty part (or, for the
+// ';', when the user or password holds one). So the parts may be set in any order: "p:/x" with the
+// password "pw" gives "p://:pw@/x", then the domain "D" gives "p://D;:pw@/x". The authority is then
+// set as by `url_set_authority` (without encoding):
 // "//" for a new authority, a '/' behind it when needed, and an authority left empty is
 // removed with its "//". The host is never encoded; give an IPv6 literal with its brackets.
 NUBASE_API std::string& url_set_domain(std::string& a_u, const std::string& a_domain,
