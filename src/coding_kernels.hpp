@@ -99,12 +99,14 @@ inline unsigned char* bytes_of(std::string& a_out) noexcept {
 }
 template <class Out>
 Out code(const coder& a_coder, const unsigned char* a_src, unsigned long long a_count) {
-    if (a_src == nullptr || a_count == 0) return Out();
+    // Every path returns the one named result, so that it is built in place: `buffer` has no
+    // move constructor, and a second returned object would turn the return into a full copy.
+    Out l_out;
+    if (a_src == nullptr || a_count == 0) return l_out;
     if (a_count > a_coder.limit || a_count > std::numeric_limits<std::size_t>::max()) {
         throw std::bad_alloc();
     }
     const auto l_count = static_cast<std::size_t>(a_count);
-    Out l_out;
     l_out.resize(a_coder.bound(l_count));
     l_out.resize(run(a_coder, path_best(), a_src, l_count, bytes_of(l_out)));
     return l_out;

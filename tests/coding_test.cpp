@@ -70,6 +70,10 @@ TEST(Coding, Rfc4648VectorsBothWaysInBothForms) {
             EXPECT_EQ(raw, c.decode_string(bytes(coded), coded.size()));
         }
     }
+    // Results are sized in place in a default buffer and handed back without a copy (a copy
+    // would show as a capacity of twice the size).
+    EXPECT_EQ(1024u, nubase::buffer_encode_base64(bytes("foo"), 3).capacity());
+    EXPECT_EQ(1024u, nubase::buffer_decode_hex(bytes("666f"), 4).capacity());
     const unsigned char all_nibbles[] = {0x00, 0xAB, 0xFF, 0x12, 0x34, 0x56, 0x78, 0x9C, 0xDE};
     EXPECT_EQ("00abff123456789cde", nubase::string_encode_hex(all_nibbles, sizeof all_nibbles));
 }
