@@ -299,6 +299,13 @@ std::string decode(const char* a_s, std::size_t a_n) {
     return l_out;
 }
 
+// The text of a map-valued setter.
+std::string kvstr(const kvmap& a_m, bool a_encode, char a_pair_sep, char a_kv_sep) {
+    std::string l_text;
+    url_kvstr_with_kvmap(l_text, a_m, a_encode, a_pair_sep, a_kv_sep);
+    return l_text;
+}
+
 // A copy of `u` edited by `set`: the copying twin of an in-place setter.
 template <class Set>
 std::string on_copy(const std::string& a_u, Set a_set) {
@@ -533,25 +540,19 @@ std::string& url_set_fragment(std::string& a_u, const std::string& a_fragment, b
     return a_u;
 }
 
-std::string& url_set_params(std::string& a_u, const kvmap& a_params, bool a_encode, char a_pair_sep,
+std::string& url_set_params(std::string& a_u, const kvmap& a_m, bool a_encode, char a_pair_sep,
                             char a_kv_sep) {
-    std::string l_text;
-    url_kvstr_with_kvmap(l_text, a_params, a_encode, a_pair_sep, a_kv_sep);
-    return url_set_params(a_u, l_text, false);
+    return url_set_params(a_u, kvstr(a_m, a_encode, a_pair_sep, a_kv_sep), false);
 }
 
-std::string& url_set_query(std::string& a_u, const kvmap& a_query, bool a_encode, char a_pair_sep,
+std::string& url_set_query(std::string& a_u, const kvmap& a_m, bool a_encode, char a_pair_sep,
                            char a_kv_sep) {
-    std::string l_text;
-    url_kvstr_with_kvmap(l_text, a_query, a_encode, a_pair_sep, a_kv_sep);
-    return url_set_query(a_u, l_text, false);
+    return url_set_query(a_u, kvstr(a_m, a_encode, a_pair_sep, a_kv_sep), false);
 }
 
-std::string& url_set_fragment(std::string& a_u, const kvmap& a_fragment, bool a_encode,
-                              char a_pair_sep, char a_kv_sep) {
-    std::string l_text;
-    url_kvstr_with_kvmap(l_text, a_fragment, a_encode, a_pair_sep, a_kv_sep);
-    return url_set_fragment(a_u, l_text, false);
+std::string& url_set_fragment(std::string& a_u, const kvmap& a_m, bool a_encode, char a_pair_sep,
+                              char a_kv_sep) {
+    return url_set_fragment(a_u, kvstr(a_m, a_encode, a_pair_sep, a_kv_sep), false);
 }
 
 std::string& url_set_domain(std::string& a_u, const std::string& a_domain, bool a_encode) {
