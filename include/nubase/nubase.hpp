@@ -40,6 +40,9 @@
 #include "nubase/file.hpp"
 #include "nubase/debug.hpp"
 
+// system: child processes
+#include "nubase/process.hpp"
+
 // locators: URLs and identifier schemes
 #include "nubase/url.hpp"
 #include "nubase/ident.hpp"
