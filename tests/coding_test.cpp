@@ -8,6 +8,7 @@
 #include <iterator>
 #include <random>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "../src/coding_kernels.hpp"
@@ -250,6 +251,10 @@ TEST(CodingPaths, DecodersAgreeOnRandomAndAdversarialText) {
 // ---- network coding -------------------------------------------------------------------------
 
 constexpr const char* k_network_source = "lib/nubase/include/nubase/coding";
+static_assert(std::is_constructible_v<nubase::decoder_network, const buffer&> &&
+                  !std::is_constructible_v<nubase::decoder_network, buffer&&> &&
+                  !std::is_constructible_v<nubase::encoder_network, buffer&&>,
+              "coders refer to their buffer, so they must not bind a temporary");
 
 TEST(CodingNetwork, ItemsOnTheWireAndBack) {
     buffer wire(0ULL);

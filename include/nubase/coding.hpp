@@ -131,6 +131,8 @@ NUBASE_API void buffer_decode_network(buffer& a_out, decoder_network& a_decoder)
 class decoder_network {
   public:
     explicit decoder_network(const buffer& a_source) noexcept : m_source(a_source) {}
+    // A temporary source would be gone before the first read.
+    explicit decoder_network(const buffer&&) = delete;
 
     // The offset of the next item's length field in the source.
     unsigned long long offset() const noexcept { return m_offset; }
