@@ -82,6 +82,19 @@ TEST(Refcount, PointerRetainsReleasesAndSurvivesSelfAssignment) {
     EXPECT_EQ(2, deaths.load());
 }
 
+TEST(Refcount, PointerToDerivedConvertsToPointerToBase) {
+    static_assert(std::is_convertible_v<ptr_refcount<counted>, ptr_refcount<object_refcount>>);
+    static_assert(!std::is_convertible_v<ptr_refcount<object_refcount>, ptr_refcount<counted>>);
+    std::atomic<int> deaths{0};
+    {
+        ptr_refcount<counted> derived(new counted(&deaths));
+        const ptr_refcount<object_refcount> base = derived;
+        EXPECT_EQ(2, base->refcount());
+        EXPECT_EQ(derived.get(), base.get());
+    }
+    EXPECT_EQ(1, deaths.load());
+}
+
 TEST(Refcount, ConcurrentRetainAndReleaseDeleteExactlyOnce) {
     std::atomic<int> deaths{0};
     for (int round = 0; round < 20; ++round) {

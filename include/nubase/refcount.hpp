@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <type_traits>
 
 #include "nubase/config.hpp"
 
@@ -65,6 +66,10 @@ class ptr_refcount {
         if (m_object) m_object->retain();
     }
     ptr_refcount(const ptr_refcount& a_other) noexcept : ptr_refcount(a_other.m_object) {}
+    // From a pointer to a derived class: `ptr_refcount<callqueue_object> p = job;`.
+    template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+    ptr_refcount(const ptr_refcount<U>& a_other) noexcept  // NOLINT: implicit like T* from U*
+        : ptr_refcount(static_cast<T*>(a_other.get())) {}
     ptr_refcount& operator=(const ptr_refcount& a_other) noexcept {
         if (a_other.m_object) a_other.m_object->retain();
         if (m_object) m_object->release();

@@ -1,0 +1,259 @@
+// The media commands: probe (timecode of QuickTime/MP4 files), tc (timecode calculator) and
+// scan (start codes).
+#include <cinttypes>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "file_stream.hpp"
+#include "labels.hpp"
+#include "nubase/bitstream.hpp"
+#include "nubase/es.hpp"
+#include "nubase/timecode.hpp"
+#include "quicktime.hpp"
+#include "tool.hpp"
+
+namespace nubase_tool {
+
+// ---- probe ------------------------------------------------------------------------------------
+
+namespace {
+
+// Probes one file; prints its line and returns its exit code.
+int probe_file(const std::string& a_path) {
+    try {
+        file_reader l_file(a_path);
+        tmcd_track l_track;
+        if (!find_tmcd_track(l_file, l_track)) {
+            std::printf("%s: no timecode track\n", a_path.c_str());
+            return k_exit_not_found;
+        }
+        if (l_track.time_scale == 0 || l_track.frame_duration == 0 ||
+            l_track.number_of_frames == 0) {
+            throw malformed_file("a timecode description without a rate");
+        }
+        const label_rate l_rate{l_track.number_of_frames,
+                                l_track.drop_frame() && l_track.number_of_frames % 30 == 0,
+                                rate_text(l_track.time_scale, l_track.frame_duration)};
+        if (l_track.drop_frame() && !l_rate.drop) {
+            throw malformed_file("a drop-frame flag at " + std::to_string(l_rate.nominal) +
+                                 " frames a second");
+        }
+        const std::uint32_t l_frame = read_first_tmcd_sample(l_file, l_track);
+        std::printf("%s: %s %s fps %s\n", a_path.c_str(),
+                    label_text(label_with_frame(l_frame, l_rate), l_rate).c_str(),
+                    l_rate.text.c_str(), l_rate.drop ? "drop-frame" : "non-drop");
+        return k_exit_ok;
+    } catch (const malformed_file& e) {
+        return user_error(a_path + ": malformed file: " + e.what());
+    } catch (const nubase::es::base& e) {
+        return user_error(a_path + ": " + e.what());
+    }
+}
+
+}  // namespace
+
+int run_probe(const arguments& a_args) {
+    if (a_args.m_free.empty()) return user_error("probe needs a file (see 'nubase probe --help')");
+    int l_result = k_exit_ok;
+    for (const std::string& l_path : a_args.m_free) {
+        const int l_code = probe_file(l_path);
+        if (l_code > l_result) l_result = l_code;
+    }
+    return l_result;
+}
+
+// ---- tc ---------------------------------------------------------------------------------------
+
+namespace {
+
+enum tc_option {
+    k_rate = 'r',
+    k_add = -1,
+    k_sub = -2,
+    k_frames = -3,
+    k_tmcd = -4,
+    k_from_frames = -5,
+    k_from_tmcd = -6
+};
+
+bool parse_count(const std::string& a_text, std::uint64_t& a_value, int a_base = 10) {
+    if (a_text.empty() || a_text[0] == '-' || a_text[0] == '+') return false;
+    char* l_end = nullptr;
+    errno = 0;
+    a_value = std::strtoull(a_text.c_str(), &l_end, a_base);
+    return *l_end == '\0' && errno == 0;
+}
+
+// The library's mode for a rate; non-drop 29.97 and 59.94 count like 30 and 60.
+nubase::timecode::mode_type mode_of(const label_rate& a_rate) {
+    if (a_rate.drop) {
+        return a_rate.nominal == 30 ? nubase::timecode::mode_29_97_drop
+                                    : nubase::timecode::mode_59_94_drop;
+    }
+    if (a_rate.text == "23.976") return nubase::timecode::mode_23_976;
+    return static_cast<nubase::timecode::mode_type>(a_rate.nominal);
+}
+
+}  // namespace
+
+int run_tc(const arguments& a_args) {
+    const bool l_from_frames = a_args.has(k_from_frames), l_from_tmcd = a_args.has(k_from_tmcd);
+    if (l_from_frames + l_from_tmcd + !a_args.m_free.empty() != 1 || a_args.m_free.size() > 1) {
+        return user_error("tc needs one timecode, --from-frames N or --from-tmcd HEX");
+    }
+    if (a_args.has(k_add) && a_args.has(k_sub))
+        return user_error("--add and --sub exclude each other");
+
+    // The label and the separator it was written with decide the default rate and drop-frame.
+    label l_label{0, 0, 0, 0};
+    bool l_semicolon = false;
+    std::uint32_t l_tmcd_value = 0;
+    if (!a_args.m_free.empty() && !parse_label(a_args.m_free[0], l_label, l_semicolon)) {
+        return user_error("invalid timecode '" + a_args.m_free[0] + "'");
+    }
+    if (l_from_tmcd) {
+        std::uint64_t l_value = 0;
+        std::string l_text = a_args.value(k_from_tmcd);
+        if (l_text.size() > 2 && l_text[0] == '0' && (l_text[1] == 'x' || l_text[1] == 'X'))
+            l_text.erase(0, 2);
+        if (!parse_count(l_text, l_value, 16) || l_value > 0xFFFFFFFFu) {
+            return user_error("invalid tmcd value '" + a_args.value(k_from_tmcd) + "'");
+        }
+        l_tmcd_value = static_cast<std::uint32_t>(l_value);
+        l_semicolon = (l_tmcd_value & 0x80u) != 0;  // the sample's drop flag
+    }
+    label_rate l_rate{25, false, "25"};
+    const std::string l_rate_text =
+        a_args.has(k_rate) ? a_args.value(k_rate) : (l_semicolon ? "29.97" : "25");
+    // Without a label, a 29.97 or 59.94 rate counts in drop-frame unless the tmcd flag says no.
+    const bool l_drop = !a_args.m_free.empty() || l_from_tmcd ? l_semicolon : true;
+    if (!rate_with_text(l_rate_text, l_drop, l_rate)) {
+        return user_error("unknown rate '" + l_rate_text +
+                          "' (24, 25, 30, 50, 60, 23.976, 29.97 or 59.94)");
+    }
+
+    std::uint64_t l_frame = 0;
+    if (l_from_frames) {
+        if (!parse_count(a_args.value(k_from_frames), l_frame)) {
+            return user_error("invalid frame count '" + a_args.value(k_from_frames) + "'");
+        }
+    } else {
+        if (l_from_tmcd) {
+            const nubase::timecode l_tc =
+                nubase::timecode_with_quicktime_tmcd(mode_of(l_rate), l_tmcd_value);
+            l_label = label{l_tc.hour(), l_tc.minute(), l_tc.second(), l_tc.frame()};
+        }
+        if (!is_legal(l_label, l_rate)) {
+            return user_error("timecode " + label_text(l_label, l_rate) + " does not exist at " +
+                              l_rate.text + (l_rate.drop ? " drop-frame" : ""));
+        }
+        l_frame = frame_with_label(l_label, l_rate);
+    }
+
+    std::uint64_t l_step = 0;
+    const int l_step_option = a_args.has(k_add) ? k_add : a_args.has(k_sub) ? k_sub : 0;
+    if (l_step_option != 0) {
+        if (!parse_count(a_args.value(l_step_option), l_step)) {
+            return user_error("invalid frame count '" + a_args.value(l_step_option) + "'");
+        }
+        if (l_step_option == k_sub && l_step > l_frame)
+            return user_error("the result lies before 00:00:00:00");
+        l_frame = l_step_option == k_add ? l_frame + l_step : l_frame - l_step;
+    }
+
+    const label l_result = label_with_frame(l_frame, l_rate);
+    std::printf("%s\n", label_text(l_result, l_rate).c_str());
+    if (a_args.has(k_frames)) std::printf("frames %" PRIu64 "\n", l_frame);
+    if (a_args.has(k_tmcd)) {
+        const nubase::timecode l_tc(mode_of(l_rate), static_cast<unsigned>(l_result.hour),
+                                    l_result.minute, l_result.second, l_result.frame);
+        std::printf("tmcd 0x%08x\n", l_tc.as_quicktime_tmcd());
+    }
+    return k_exit_ok;
+}
+
+// ---- scan -------------------------------------------------------------------------------------
+
+int run_scan(const arguments& a_args) {
+    if (a_args.m_free.size() != 1)
+        return user_error("scan needs one file (see 'nubase scan --help')");
+    std::uint64_t l_bits = 24, l_code = 1;
+    if (a_args.has('b') && (!parse_count(a_args.value('b'), l_bits) || l_bits < 8 || l_bits > 32)) {
+        return user_error("--bits takes a number from 8 to 32");
+    }
+    if (a_args.has('c')) {
+        std::string l_text = a_args.value('c');
+        if (l_text.size() > 2 && l_text[0] == '0' && (l_text[1] == 'x' || l_text[1] == 'X'))
+            l_text.erase(0, 2);
+        if (!parse_count(l_text, l_code, 16) || (l_bits < 64 && l_code >> l_bits != 0)) {
+            return user_error("invalid start code '" + a_args.value('c') + "' for " +
+                              std::to_string(l_bits) + " bits");
+        }
+    }
+    try {
+        file_reader l_file(a_args.m_free[0]);
+        nubase::bitstream::rd l_reader(l_file, 1 << 20);
+        const std::uint64_t l_code_bytes = (l_bits + 7) / 8;
+        while (l_reader.find(static_cast<std::uint32_t>(l_code), l_bits, 8, 8)) {
+            std::printf("%llu\n", l_reader.tell() - l_code_bytes);
+        }
+    } catch (const nubase::es::base& e) {
+        return user_error(a_args.m_free[0] + ": " + e.what());
+    }
+    return k_exit_ok;
+}
+
+// ---- declarations and descriptions ------------------------------------------------------------
+
+void declare_probe(nubase::arg::optparser&) {}
+void describe_probe(nubase::arg::optparser&) {}
+
+void declare_tc(nubase::arg::optparser& a_parser) {
+    a_parser.add_opt(k_rate, "rate", 1, 1);
+    a_parser.add_opt(k_add, "add", 1, 1);
+    a_parser.add_opt(k_sub, "sub", 1, 1);
+    a_parser.add_opt(k_frames, "frames", 0, 0);
+    a_parser.add_opt(k_tmcd, "tmcd", 0, 0);
+    a_parser.add_opt(k_from_frames, "from-frames", 1, 1);
+    a_parser.add_opt(k_from_tmcd, "from-tmcd", 1, 1);
+}
+
+void describe_tc(nubase::arg::optparser& a_parser) {
+    a_parser.add_desc(k_rate,
+                      "The rate: 24, 25, 30, 50, 60, 23.976, 29.97 or 59.94. The default "
+                      "is 29.97 for a timecode written with !Q!;!QE! before the frames, "
+                      "25 otherwise. 29.97 and 59.94 count in drop-frame when the "
+                      "timecode is written with !Q!;!QE!.");
+    a_parser.add_desc_paragraph();
+    a_parser.add_desc(k_add, "Add N frames.");
+    a_parser.add_desc_paragraph();
+    a_parser.add_desc(k_sub, "Subtract N frames.");
+    a_parser.add_desc_paragraph();
+    a_parser.add_desc(k_frames,
+                      "Also print the frame number of the result (real frames from "
+                      "00:00:00:00).");
+    a_parser.add_desc_paragraph();
+    a_parser.add_desc(k_tmcd, "Also print the result as a QuickTime tmcd value.");
+    a_parser.add_desc_paragraph();
+    a_parser.add_desc(k_from_frames, "Start from frame number N instead of a timecode.");
+    a_parser.add_desc_paragraph();
+    a_parser.add_desc(k_from_tmcd,
+                      "Start from a QuickTime tmcd value in hex (its drop flag "
+                      "chooses drop-frame).");
+    a_parser.add_desc_paragraph();
+}
+
+void declare_scan(nubase::arg::optparser& a_parser) {
+    a_parser.add_opt('c', "code", 1, 1);
+    a_parser.add_opt('b', "bits", 1, 1);
+}
+
+void describe_scan(nubase::arg::optparser& a_parser) {
+    a_parser.add_desc('c', "The start code in hex (default 000001).");
+    a_parser.add_desc_paragraph();
+    a_parser.add_desc('b', "Its width in bits, 8 to 32 (default 24).");
+    a_parser.add_desc_paragraph();
+}
+
+}  // namespace nubase_tool

@@ -1,0 +1,106 @@
+// The system commands: run (a child process with its times), sysinfo and selftest.
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "nubase/env.hpp"
+#include "nubase/es.hpp"
+#include "nubase/process.hpp"
+#include "nubase/sync.hpp"
+#include "nubase/test.hpp"
+#include "tool.hpp"
+
+namespace nubase_tool {
+
+// ---- run --------------------------------------------------------------------------------------
+
+namespace {
+
+// Relays the child's output as it arrives and wakes the caller when the child has ended.
+class relay : public nubase::process::status {
+  public:
+    void stdout_data(const unsigned char* a_data, unsigned int a_size) override {
+        std::fwrite(a_data, 1, a_size, stdout);
+        std::fflush(stdout);
+    }
+    void finished(nubase::process&) override { m_done.post(); }
+    nubase::semaphore m_done{0};
+};
+
+}  // namespace
+
+int run_run(const arguments& a_args) {
+    if (a_args.m_free.empty()) return user_error("run needs a program (see 'nubase run --help')");
+    const std::string& l_program = a_args.m_free[0];
+    const std::vector<std::string> l_program_args(a_args.m_free.begin() + 1, a_args.m_free.end());
+    relay l_relay;
+    nubase::process l_child("run", l_program, l_program_args, {}, "", a_args.value('i'),
+                            nubase::process::flag_pipes, &l_relay);
+    l_relay.m_done.wait();
+    const int l_status = l_child.get_status();
+    std::fprintf(stderr, "status %d\nreal %.3f\nuser %.3f\nsys %.3f\n", l_status,
+                 l_child.get_real_time(), l_child.get_user_time(), l_child.get_system_time());
+    return l_status;
+}
+
+void declare_run(nubase::arg::optparser& a_parser) {
+    a_parser.add_opt('i', "input", 1, 1);
+}
+
+void describe_run(nubase::arg::optparser& a_parser) {
+    a_parser.add_desc(
+        'i', "Text to write to the program's standard input (default: none; its input is closed).");
+    a_parser.add_desc_paragraph();
+}
+
+// ---- sysinfo ----------------------------------------------------------------------------------
+
+int run_sysinfo(const arguments&) {
+    namespace env = nubase::env;
+    const auto line = [](const char* a_name, const std::string& a_value) {
+        std::printf("%-10s %s\n", a_name, a_value.c_str());
+    };
+    const auto guarded = [](std::string (*a_query)()) {
+        try {
+            return a_query();
+        } catch (const nubase::es::base& e) {
+            return std::string("unknown (") + e.what() + ")";
+        }
+    };
+    line("host", env::get_host_name());
+    line("kernel", env::get_kernel_name() + " " + env::get_kernel_version());
+    const nubase::cpuinfo l_cpu;
+    line("cpus", std::to_string(l_cpu.active()) + " online of " + std::to_string(l_cpu.present()) +
+                     ", " + l_cpu.isa() + ", " + std::to_string(env::get_cpu_frequency_Mhz()) +
+                     " MHz");
+    std::string l_flags = l_cpu.flags();
+    if (!l_flags.empty() && l_flags.back() == ' ') l_flags.pop_back();
+    line("features", l_flags.empty() ? "none listed" : l_flags);
+    line("memory", std::to_string(env::get_mem_size_MiB()) + " MiB, " + guarded([] {
+                       return std::to_string(env::get_avail_mem_MiB());
+                   }) + " MiB available");
+    line("load", guarded([] {
+                     char l_text[32];
+                     std::snprintf(l_text, sizeof l_text, "%.1f%%",
+                                   100.0 * env::get_cpu_utilization());
+                     return std::string(l_text);
+                 }) + " since boot");
+    line("user", env::get_user_name());
+    line("home", guarded(&env::get_user_home_path));
+    line("tmp", env::get_default_tmp_path());
+    line("cwd", guarded(&env::get_current_working_directory_path));
+    line("executable", env::get_executable_path());
+    return k_exit_ok;
+}
+
+// ---- selftest ---------------------------------------------------------------------------------
+
+int run_selftest(const arguments& a_args) {
+    if (a_args.m_free.size() > 1)
+        return user_error("selftest takes at most one SUITE[/UNIT[/CASE]]");
+    const nubase::test::run_summary l_summary =
+        nubase::test::run(a_args.m_free.empty() ? "" : a_args.m_free[0], stdout);
+    return l_summary.ok() ? k_exit_ok : k_exit_not_found;
+}
+
+}  // namespace nubase_tool

@@ -1,0 +1,125 @@
+// Exact frame-number and label conversions (SMPTE ST 12-1 drop-frame counting).
+#include "labels.hpp"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace nubase_tool {
+
+unsigned dropped_per_minute(const label_rate& a_rate) {
+    return a_rate.drop ? a_rate.nominal / 15 : 0;
+}
+
+label label_with_frame(std::uint64_t a_frame, const label_rate& a_rate) {
+    const std::uint64_t l_drop = dropped_per_minute(a_rate);
+    std::uint64_t l_counter = a_frame;
+    if (l_drop != 0) {
+        // Ten minutes hold 600 x nominal labels less 9 x drop skipped ones; within them the first
+        // minute is whole and each later one is `drop` labels short.
+        const std::uint64_t l_per_ten_minutes = 600ULL * a_rate.nominal - 9 * l_drop;
+        const std::uint64_t l_per_short_minute = 60ULL * a_rate.nominal - l_drop;
+        const std::uint64_t l_tens = a_frame / l_per_ten_minutes;
+        const std::uint64_t l_rest = a_frame % l_per_ten_minutes;
+        l_counter += 9 * l_drop * l_tens;
+        if (l_rest >= l_drop) l_counter += l_drop * ((l_rest - l_drop) / l_per_short_minute);
+    }
+    const std::uint64_t l_nominal = a_rate.nominal;
+    return label{l_counter / (l_nominal * 3600),
+                 static_cast<unsigned>(l_counter / (l_nominal * 60) % 60),
+                 static_cast<unsigned>(l_counter / l_nominal % 60),
+                 static_cast<unsigned>(l_counter % l_nominal)};
+}
+
+std::uint64_t frame_with_label(const label& a_label, const label_rate& a_rate) {
+    const std::uint64_t l_nominal = a_rate.nominal;
+    const std::uint64_t l_minutes = a_label.hour * 60 + a_label.minute;
+    const std::uint64_t l_counter = (l_minutes * 60 + a_label.second) * l_nominal + a_label.frame;
+    return l_counter - dropped_per_minute(a_rate) * (l_minutes - l_minutes / 10);
+}
+
+bool is_legal(const label& a_label, const label_rate& a_rate) {
+    if (a_label.minute > 59 || a_label.second > 59 || a_label.frame >= a_rate.nominal) return false;
+    return !(a_label.second == 0 && a_label.minute % 10 != 0 &&
+             a_label.frame < dropped_per_minute(a_rate));
+}
+
+std::string label_text(const label& a_label, const label_rate& a_rate) {
+    char l_text[64];
+    std::snprintf(l_text, sizeof l_text, "%02llu:%02u:%02u%c%02u",
+                  static_cast<unsigned long long>(a_label.hour), a_label.minute, a_label.second,
+                  a_rate.drop ? ';' : ':', a_label.frame);
+    return l_text;
+}
+
+namespace {
+
+// A run of decimal digits at `p`, advanced past it; false when there is none or it overflows.
+bool digits(const char*& a_p, std::uint64_t& a_value) {
+    if (*a_p < '0' || *a_p > '9') return false;
+    a_value = 0;
+    for (; *a_p >= '0' && *a_p <= '9'; ++a_p) {
+        if (a_value > 100000000000ULL) return false;
+        a_value = a_value * 10 + static_cast<unsigned>(*a_p - '0');
+    }
+    return true;
+}
+
+}  // namespace
+
+bool parse_label(const std::string& a_text, label& a_label, bool& a_semicolon) {
+    const char* l_p = a_text.c_str();
+    std::uint64_t l_fields[4];
+    for (int l_index = 0; l_index < 4; ++l_index) {
+        if (!digits(l_p, l_fields[l_index])) return false;
+        if (l_index == 3) break;
+        const char l_sep = *l_p++;
+        if (l_index < 2 ? l_sep != ':'
+                        : (l_sep != ':' && l_sep != ';' && l_sep != '.' && l_sep != ',')) {
+            return false;
+        }
+        if (l_index == 2) a_semicolon = l_sep == ';';
+    }
+    if (*l_p != '\0' || l_fields[1] > 59 || l_fields[2] > 59 || l_fields[3] > 999) return false;
+    a_label = label{l_fields[0], static_cast<unsigned>(l_fields[1]),
+                    static_cast<unsigned>(l_fields[2]), static_cast<unsigned>(l_fields[3])};
+    return true;
+}
+
+bool rate_with_text(const std::string& a_text, bool a_drop, label_rate& a_rate) {
+    char* l_end = nullptr;
+    const double l_value = std::strtod(a_text.c_str(), &l_end);
+    if (a_text.empty() || *l_end != '\0') return false;
+    struct known {
+        double value;
+        unsigned nominal;
+        bool fractional;
+        const char* text;
+    };
+    static const known k_rates[] = {{23.976, 24, true, "23.976"}, {24, 24, false, "24"},
+                                    {25, 25, false, "25"},        {29.97, 30, true, "29.97"},
+                                    {30, 30, false, "30"},        {50, 50, false, "50"},
+                                    {59.94, 60, true, "59.94"},   {60, 60, false, "60"}};
+    for (const known& l_rate : k_rates) {
+        if (l_value > l_rate.value - 0.0005 && l_value < l_rate.value + 0.0005) {
+            // Only 29.97 and 59.94 have drop-frame labels; 23.976 counts every label.
+            a_rate =
+                label_rate{l_rate.nominal, a_drop && l_rate.fractional && l_rate.nominal % 30 == 0,
+                           l_rate.text};
+            return true;
+        }
+    }
+    return false;
+}
+
+std::string rate_text(std::uint32_t a_time_scale, std::uint32_t a_frame_duration) {
+    char l_text[64];
+    std::snprintf(l_text, sizeof l_text, "%.3f",
+                  a_frame_duration ? static_cast<double>(a_time_scale) / a_frame_duration : 0.0);
+    std::string l_rate = l_text;
+    while (l_rate.back() == '0')
+        l_rate.pop_back();
+    if (l_rate.back() == '.') l_rate.pop_back();
+    return l_rate;
+}
+
+}  // namespace nubase_tool

@@ -1,0 +1,56 @@
+// tools/nubase/labels.hpp - exact conversions between frame numbers and SMPTE labels.
+//
+// A frame number counts real frames from 00:00:00:00. Drop-frame labelling (SMPTE ST 12-1)
+// skips the first `drop` labels of every minute except minutes divisible by ten: 2 at 30 labels
+// a second (29.97), 4 at 60 (59.94). These conversions are exact for every frame number and
+// every legal label, and hours are not wrapped at 24.
+#ifndef NUBASE_TOOL_LABELS_HPP
+#define NUBASE_TOOL_LABELS_HPP
+
+#include <cstdint>
+#include <string>
+
+namespace nubase_tool {
+
+// A rate as the tool knows it: the nominal labels per second, whether labels drop, and the
+// rate's text ("29.97").
+struct label_rate {
+    unsigned nominal;
+    bool drop;
+    std::string text;
+};
+
+// The fields of a label.
+struct label {
+    std::uint64_t hour;
+    unsigned minute, second, frame;
+};
+
+// Labels dropped at the start of each minute: nominal / 15 with drop-frame (2 at 30, 4 at 60).
+unsigned dropped_per_minute(const label_rate& a_rate);
+
+// The label of real frame `frame`.
+label label_with_frame(std::uint64_t a_frame, const label_rate& a_rate);
+// The real frame number of a legal label.
+std::uint64_t frame_with_label(const label& a_label, const label_rate& a_rate);
+// Whether the label exists at the rate: fields in range and not a dropped label.
+bool is_legal(const label& a_label, const label_rate& a_rate);
+
+// "HH:MM:SS:FF", with ';' before the frames for drop-frame rates only.
+std::string label_text(const label& a_label, const label_rate& a_rate);
+
+// Reads "H:M:S:F" or "H:M:S;F" (also '.' or ',' before the frames); false for anything else.
+// `semicolon` tells whether ';' separated the frames.
+bool parse_label(const std::string& a_text, label& a_label, bool& a_semicolon);
+
+// A rate from its text: "23.976", "24", "25", "29.97", "30", "50", "59.94", "60" (also with
+// trailing zeros, "25.00"). 29.97 and 59.94 drop labels unless `drop` is false.
+bool rate_with_text(const std::string& a_text, bool a_drop, label_rate& a_rate);
+
+// A rate from a time scale and a frame duration (a QuickTime timecode track): the text has at
+// most three decimals ("30000/1001" gives "29.97").
+std::string rate_text(std::uint32_t a_time_scale, std::uint32_t a_frame_duration);
+
+}  // namespace nubase_tool
+
+#endif  // NUBASE_TOOL_LABELS_HPP
