@@ -16,12 +16,10 @@ constexpr char k_source[] = "lib/nubase/src/bitstream";
 
 constexpr unsigned long long k_reader_spare = 12;
 constexpr unsigned long long k_writer_spare = 4;
-constexpr unsigned long long k_min_block = 8;
-constexpr unsigned long long k_max_block = 1ULL << 48;
 
+// Whole 32-bit words, and at least two of them so that a 32-bit field fits beside a partial word.
 unsigned long long rounded_block(unsigned long long a_block) {
-    if (a_block > k_max_block) throw std::bad_alloc();
-    return std::max((a_block + 3) & ~3ULL, k_min_block);
+    return nubase::stream::detail::cache_block(a_block, 4, 8);
 }
 
 // ---- byte-aligned pattern scans
@@ -41,31 +39,34 @@ const unsigned char* scan_scalar(const unsigned char* a_first, const unsigned ch
     return nullptr;
 }
 
+// The vector scans filter on the pattern's last two bytes, 64 positions per step, and check the
+// bytes before them only at the rare candidates.
+template <unsigned L>
+bool head_matches(const unsigned char* a_p, const unsigned char* a_pattern) {
+    return L == 2 || std::memcmp(a_p, a_pattern, L - 2) == 0;
+}
+
 template <unsigned L>
 const unsigned char* scan_sse2(const unsigned char* a_first, const unsigned char* a_last,
                                const unsigned char* a_pattern) {
-    __m128i l_want[L];
-    for (unsigned l_j = 0; l_j < L; ++l_j)
-        l_want[l_j] = _mm_set1_epi8(static_cast<char>(a_pattern[l_j]));
+    const __m128i l_a = _mm_set1_epi8(static_cast<char>(a_pattern[L - 2]));
+    const __m128i l_b = _mm_set1_epi8(static_cast<char>(a_pattern[L - 1]));
+    const auto l_match = [&](const unsigned char* a_at) {
+        const __m128i l_x = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a_at + L - 2));
+        const __m128i l_y = _mm_loadu_si128(reinterpret_cast<const __m128i*>(a_at + L - 1));
+        return static_cast<std::uint64_t>(static_cast<unsigned>(
+            _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi8(l_x, l_a), _mm_cmpeq_epi8(l_y, l_b)))));
+    };
     const unsigned char* l_p = a_first;
-    while (a_last - l_p >= static_cast<long>(32 + L - 1)) {
-        __m128i l_a =
-            _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(l_p)), l_want[0]);
-        __m128i l_b =
-            _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(l_p + 16)), l_want[0]);
-        for (unsigned l_j = 1; l_j < L; ++l_j) {
-            l_a = _mm_and_si128(
-                l_a, _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(l_p + l_j)),
-                                    l_want[l_j]));
-            l_b = _mm_and_si128(
-                l_b,
-                _mm_cmpeq_epi8(_mm_loadu_si128(reinterpret_cast<const __m128i*>(l_p + 16 + l_j)),
-                               l_want[l_j]));
+    while (a_last - l_p >= static_cast<long>(64 + L - 1)) {
+        std::uint64_t l_mask = l_match(l_p) | l_match(l_p + 16) << 16 | l_match(l_p + 32) << 32 |
+                               l_match(l_p + 48) << 48;
+        while (l_mask != 0) {
+            const unsigned char* const l_at = l_p + __builtin_ctzll(l_mask);
+            if (head_matches<L>(l_at, a_pattern)) return l_at;
+            l_mask &= l_mask - 1;
         }
-        const unsigned l_mask = static_cast<unsigned>(_mm_movemask_epi8(l_a)) |
-                                static_cast<unsigned>(_mm_movemask_epi8(l_b)) << 16;
-        if (l_mask != 0) return l_p + __builtin_ctz(l_mask);
-        l_p += 32;
+        l_p += 64;
     }
     return scan_scalar(l_p, a_last, a_pattern, L);
 }
@@ -74,29 +75,22 @@ template <unsigned L>
 __attribute__((target("avx2"))) const unsigned char* scan_avx2(const unsigned char* a_first,
                                                                const unsigned char* a_last,
                                                                const unsigned char* a_pattern) {
-    __m256i l_want[L];
-    for (unsigned l_j = 0; l_j < L; ++l_j)
-        l_want[l_j] = _mm256_set1_epi8(static_cast<char>(a_pattern[l_j]));
+    const __m256i l_a = _mm256_set1_epi8(static_cast<char>(a_pattern[L - 2]));
+    const __m256i l_b = _mm256_set1_epi8(static_cast<char>(a_pattern[L - 1]));
+    const auto l_match = [&](const unsigned char* a_at) __attribute__((target("avx2"))) {
+        const __m256i l_x = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a_at + L - 2));
+        const __m256i l_y = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(a_at + L - 1));
+        return static_cast<std::uint64_t>(static_cast<std::uint32_t>(_mm256_movemask_epi8(
+            _mm256_and_si256(_mm256_cmpeq_epi8(l_x, l_a), _mm256_cmpeq_epi8(l_y, l_b)))));
+    };
     const unsigned char* l_p = a_first;
     while (a_last - l_p >= static_cast<long>(64 + L - 1)) {
-        __m256i l_a =
-            _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(l_p)), l_want[0]);
-        __m256i l_b = _mm256_cmpeq_epi8(
-            _mm256_loadu_si256(reinterpret_cast<const __m256i*>(l_p + 32)), l_want[0]);
-        for (unsigned l_j = 1; l_j < L; ++l_j) {
-            l_a = _mm256_and_si256(
-                l_a,
-                _mm256_cmpeq_epi8(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(l_p + l_j)),
-                                  l_want[l_j]));
-            l_b = _mm256_and_si256(
-                l_b, _mm256_cmpeq_epi8(
-                         _mm256_loadu_si256(reinterpret_cast<const __m256i*>(l_p + 32 + l_j)),
-                         l_want[l_j]));
+        std::uint64_t l_mask = l_match(l_p) | l_match(l_p + 32) << 32;
+        while (l_mask != 0) {
+            const unsigned char* const l_at = l_p + __builtin_ctzll(l_mask);
+            if (head_matches<L>(l_at, a_pattern)) return l_at;
+            l_mask &= l_mask - 1;
         }
-        const std::uint64_t l_mask =
-            static_cast<std::uint32_t>(_mm256_movemask_epi8(l_a)) |
-            std::uint64_t{static_cast<std::uint32_t>(_mm256_movemask_epi8(l_b))} << 32;
-        if (l_mask != 0) return l_p + __builtin_ctzll(l_mask);
         l_p += 64;
     }
     return scan_sse2<L>(l_p, a_last, a_pattern);
@@ -150,9 +144,7 @@ rd::~rd() {
 
 void rd::set(stream::rd& a_source, unsigned long long a_block) {
     const unsigned long long l_block = rounded_block(a_block);
-    unsigned char* const l_cache = new unsigned char[l_block + k_reader_spare]();
-    delete[] m_cache;
-    m_cache = l_cache;
+    m_cache = stream::detail::replace_cache(m_cache, l_block + k_reader_spare, [] {});
     m_block = l_block;
     m_source = &a_source;
     m_fill_end = 0;
@@ -307,12 +299,7 @@ wr::wr(stream::wr& a_sink, unsigned long long a_block)
       m_free(m_block * 8) {}
 
 wr::~wr() {
-    try {
-        write_pending();
-    } catch (...) {
-        // A destructor cannot report it; `clear` is the checked way to flush.
-    }
-    delete[] m_cache;
+    stream::detail::close_writer(m_cache, [this] { write_pending(); });
 }
 
 // Writes every pending byte, a partial last one padded with the zero bits behind it.
@@ -324,15 +311,8 @@ void wr::write_pending() {
 
 void wr::set(stream::wr& a_sink, unsigned long long a_block) {
     const unsigned long long l_block = rounded_block(a_block);
-    unsigned char* const l_cache = new unsigned char[l_block + k_writer_spare]();
-    try {
-        write_pending();
-    } catch (...) {
-        delete[] l_cache;
-        throw;
-    }
-    delete[] m_cache;
-    m_cache = l_cache;
+    m_cache = stream::detail::replace_cache(m_cache, l_block + k_writer_spare,
+                                            [this] { write_pending(); });
     m_block = l_block;
     m_sink = &a_sink;
     m_free = l_block * 8;

@@ -13,12 +13,9 @@ constexpr char k_source[] = "lib/nubase/src/bytestream";
 
 // Spare bytes behind the block: room for carried-over bytes and the zero padding.
 constexpr unsigned long long k_spare = 24;
-// The largest block accepted; anything larger could not be allocated anyway.
-constexpr unsigned long long k_max_block = 1ULL << 48;
 
 unsigned long long rounded_block(unsigned long long a_block) {
-    if (a_block > k_max_block) throw std::bad_alloc();
-    return (a_block + 7) & ~7ULL;
+    return nubase::stream::detail::cache_block(a_block, 8, 0);
 }
 
 unsigned char* new_cache(unsigned long long a_block) {
@@ -54,9 +51,7 @@ rd::~rd() {
 
 void rd::set(stream::rd& a_source, unsigned long long a_block) {
     const unsigned long long l_block = rounded_block(a_block);
-    unsigned char* const l_cache = new_cache(l_block);
-    delete[] m_cache;
-    m_cache = l_cache;
+    m_cache = stream::detail::replace_cache(m_cache, l_block + k_spare, [] {});
     m_block = l_block;
     m_source = &a_source;
     m_fill_end = 0;
@@ -70,11 +65,12 @@ void rd::clear(stream::rd& a_source) noexcept {
 }
 
 // Carries the unconsumed bytes to the front of the cache, starting at their 8-byte word, and
-// reads behind them with `stream::read`, at least `min` bytes. The request is the block, or the
-// room left behind the carried bytes when more than 16 bytes are carried or the field wanted
-// (`missing` bytes beyond the available ones) needs more than a block. Whatever arrives is kept,
+// reads behind them with `stream::read`, at least `min` bytes. The request is the block, cut to
+// the room left behind the carried bytes, or that whole room when the field wanted (`missing`
+// bytes beyond the available ones) needs more than a block. Whatever arrives is kept,
 // also when the source ends.
-unsigned long long rd::refill(unsigned long long a_missing, unsigned long long a_min) const {
+unsigned long long rd::refill(unsigned long long a_missing, unsigned long long a_min,
+                              bool a_single) const {
     const unsigned long long l_consumed = m_fill_end - m_available;
     const unsigned long long l_word = l_consumed & ~7ULL;
     const unsigned long long l_carried = (l_consumed & 7) + m_available;
@@ -89,7 +85,7 @@ unsigned long long rd::refill(unsigned long long a_missing, unsigned long long a
     // end's word) and the padding stay inside the cache.
     const unsigned long long l_room = m_block + 15 - l_carried;
     const unsigned long long l_request =
-        l_carried > 16 || a_missing > m_block || m_block == 0 ? l_room : m_block;
+        a_missing > m_block || m_block == 0 ? l_room : std::min(m_block, l_room);
     unsigned long long l_got = 0;
     const auto l_commit = [&] {
         m_fill_end += l_got;
@@ -99,8 +95,12 @@ unsigned long long rd::refill(unsigned long long a_missing, unsigned long long a
         std::memset(m_cache + m_fill_end, 0, l_pad_end - m_fill_end);
     };
     try {
-        stream::detail::read_counted(*m_source, m_cache + l_carried, l_request,
-                                     std::min(a_min, l_request), l_got);
+        if (a_single) {
+            l_got = m_source->read(m_cache + l_carried, l_request);
+        } else {
+            stream::detail::read_counted(*m_source, m_cache + l_carried, l_request,
+                                         std::min(a_min, l_request), l_got);
+        }
     } catch (...) {
         l_commit();
         throw;
@@ -111,12 +111,16 @@ unsigned long long rd::refill(unsigned long long a_missing, unsigned long long a
 
 void rd::refill_field(unsigned long long a_n) const {
     if (a_n > m_block + 8) NUBASE_RAISE(arg, "field larger than the cache");
-    refill(a_n - m_available, a_n - m_available);
+    refill(a_n - m_available, a_n - m_available, false);
 }
 
 bool rd::refill_test(unsigned long long a_n) const {
     if (a_n > m_block + 8) NUBASE_RAISE(arg, "field larger than the cache");
-    refill(a_n - m_available, 0);
+    // The first read raises on an exhausted source; later ones only end the test, so that a
+    // source giving short reads is not mistaken for its end.
+    refill(a_n - m_available, 0, false);
+    while (m_available < a_n && refill(a_n - m_available, 0, true) != 0) {
+    }
     return m_available >= a_n;
 }
 
@@ -142,7 +146,7 @@ void rd::skip(unsigned long long a_n) const {
     for (;;) {
         unsigned long long l_got;
         try {
-            l_got = refill(l_rest, l_rest);
+            l_got = refill(l_rest, l_rest, false);
         } catch (...) {
             // Everything that arrived was short of the skip, so all of it is consumed.
             m_available = 0;
@@ -166,12 +170,7 @@ wr::wr(stream::wr& a_sink, unsigned long long a_block)
       m_free(m_block) {}
 
 wr::~wr() {
-    try {
-        write_pending();
-    } catch (...) {
-        // A destructor cannot report it; `clear` is the checked way to flush.
-    }
-    delete[] m_cache;
+    stream::detail::close_writer(m_cache, [this] { write_pending(); });
 }
 
 void wr::write_pending() {
@@ -182,15 +181,8 @@ void wr::write_pending() {
 
 void wr::set(stream::wr& a_sink, unsigned long long a_block) {
     const unsigned long long l_block = rounded_block(a_block);
-    unsigned char* const l_cache = new_cache(l_block);
-    try {
-        write_pending();
-    } catch (...) {
-        delete[] l_cache;
-        throw;
-    }
-    delete[] m_cache;
-    m_cache = l_cache;
+    m_cache =
+        stream::detail::replace_cache(m_cache, l_block + k_spare, [this] { write_pending(); });
     m_block = l_block;
     m_sink = &a_sink;
     m_free = l_block;

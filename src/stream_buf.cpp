@@ -22,11 +22,7 @@ void buf::set(buffer& a_buffer) noexcept {
 }
 
 unsigned long long buf::peek(void* a_p, unsigned long long a_n) {
-    const unsigned long long l_size = m_buffer->size();
-    if (m_position >= l_size) return 0;
-    const unsigned long long l_count = a_n < l_size - m_position ? a_n : l_size - m_position;
-    if (l_count != 0) std::memcpy(a_p, m_buffer->data() + m_position, l_count);
-    return l_count;
+    return detail::copy_from(m_buffer->data(), m_buffer->size(), m_position, a_p, a_n);
 }
 
 unsigned long long buf::read(void* a_p, unsigned long long a_n) {

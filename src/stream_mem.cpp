@@ -24,10 +24,7 @@ void mem::set(unsigned char* a_p, unsigned long long a_n) noexcept {
 }
 
 unsigned long long mem::peek(void* a_p, unsigned long long a_n) {
-    const unsigned long long l_rest = m_size - m_position;
-    const unsigned long long l_count = a_n < l_rest ? a_n : l_rest;
-    if (l_count != 0) std::memcpy(a_p, m_data + m_position, l_count);
-    return l_count;
+    return detail::copy_from(m_data, m_size, m_position, a_p, a_n);
 }
 
 unsigned long long mem::read(void* a_p, unsigned long long a_n) {

@@ -18,34 +18,8 @@ namespace {
 using namespace nubase;
 using nubase_vectors::stream::k_bit_fields;
 
-class piece_rd : public stream::rd {
-  public:
-    piece_rd(std::vector<unsigned char> data, unsigned long long piece)
-        : m_data(std::move(data)), m_piece(piece) {}
-    unsigned long long read(void* p, unsigned long long n) override {
-        const unsigned long long c = std::min({n, m_piece, m_data.size() - m_pos});
-        std::memcpy(p, m_data.data() + m_pos, c);
-        m_pos += c;
-        return c;
-    }
-    unsigned long long tell() override { return m_pos; }
-
-  private:
-    std::vector<unsigned char> m_data;
-    unsigned long long m_piece;
-    unsigned long long m_pos = 0;
-};
-
-class vec_wr : public stream::wr {
-  public:
-    void write(const void* p, unsigned long long n) override {
-        out.insert(out.end(), static_cast<const unsigned char*>(p),
-                   static_cast<const unsigned char*>(p) + n);
-    }
-    void flush() override {}
-    unsigned long long tell() override { return out.size(); }
-    std::vector<unsigned char> out;
-};
+using nubase_vectors::stream::piece_rd;
+using nubase_vectors::stream::vec_wr;
 
 // The model: bit i of the data (0 past the end), and fields built from it bit by bit.
 bool bit_at(const std::vector<unsigned char>& d, unsigned long long i) {

@@ -10,46 +10,14 @@
 #include <vector>
 
 #include "nubase/es.hpp"
+#include "vectors/stream.hpp"
 
 namespace {
 
 using namespace nubase;
 
-// A reader over a byte vector that returns at most `piece` bytes per call and records requests.
-class piece_rd : public stream::rd {
-  public:
-    piece_rd(std::vector<unsigned char> data, unsigned long long piece)
-        : m_data(std::move(data)), m_piece(piece) {}
-    unsigned long long read(void* p, unsigned long long n) override {
-        requests.push_back(n);
-        unsigned long long c = std::min({n, m_piece, m_data.size() - m_pos});
-        std::memcpy(p, m_data.data() + m_pos, c);
-        m_pos += c;
-        return c;
-    }
-    unsigned long long tell() override { return m_pos; }
-    std::vector<unsigned long long> requests;
-
-  private:
-    std::vector<unsigned char> m_data;
-    unsigned long long m_piece;
-    unsigned long long m_pos = 0;
-};
-
-// A writer that records every write call.
-class log_wr : public stream::wr {
-  public:
-    void write(const void* p, unsigned long long n) override {
-        writes.push_back(n);
-        out.insert(out.end(), static_cast<const unsigned char*>(p),
-                   static_cast<const unsigned char*>(p) + n);
-    }
-    void flush() override { ++flushes; }
-    unsigned long long tell() override { return out.size(); }
-    std::vector<unsigned long long> writes;
-    std::vector<unsigned char> out;
-    int flushes = 0;
-};
+using nubase_vectors::stream::piece_rd;
+using log_wr = nubase_vectors::stream::vec_wr;
 
 std::vector<unsigned char> counting(unsigned n) {
     std::vector<unsigned char> v(n);
@@ -104,6 +72,26 @@ TEST(ByteStream, FieldsAcrossRefillsWithEveryCarryOffset) {
                     pos += n;
                     ASSERT_EQ(pos, r.tell());
                 }
+            }
+        }
+    }
+}
+
+TEST(ByteStream, WideFieldsUpToBlockPlusEight) {
+    // Fields wider than 8 bytes carry more than 16 bytes over; the cache must still hold them.
+    const std::vector<unsigned char> data = counting(500);
+    for (unsigned long long block : {0ULL, 8ULL, 16ULL}) {
+        for (unsigned start = 0; start < 16; ++start) {
+            SCOPED_TRACE(testing::Message() << "block " << block << " start " << start);
+            piece_rd src(data, 3);
+            bytestream::rd r(src, block);
+            r.skip(start);
+            unsigned long long pos = start;
+            for (unsigned i = 0; pos + block + 8 <= data.size(); ++i) {
+                const unsigned long long n = 1 + (i * 7 + start) % (block + 8);
+                ASSERT_TRUE(r.has_bytes(block + 8 - i % 3));
+                ASSERT_EQ(0, std::memcmp(data.data() + pos, r.read_at(n), n)) << pos;
+                pos += n;
             }
         }
     }

@@ -137,18 +137,14 @@ class NUBASE_API wr {
     // Binds to `sink`. Raises `std::bad_alloc` when the cache (block + 4 bytes) cannot be
     // allocated.
     wr(stream::wr& a_sink, unsigned long long a_block);
-    // Writes the pending bytes, then frees the cache. A sink failure here cannot propagate out
-    // of a destructor and is discarded: call `clear(sink)` first to see it.
+    // Destruction, `set` and `clear` write the pending bytes as for `bytestream::wr` (a sink
+    // failure is discarded by the destructor and leaves the writer as it was in `set` and
+    // `clear`). A partial last byte goes out padded, so a `clear` in the middle of a byte makes
+    // the padding part of the output.
     ~wr();
     wr(const wr&) = delete;
     wr& operator=(const wr&) = delete;
-
-    // Writes the pending bytes, then re-creates the writer over `sink` with the new block.
-    // A sink failure leaves the writer as it was.
     void set(stream::wr& a_sink, unsigned long long a_block);
-    // Writes the pending bytes to the old sink and binds the new one with an empty cache. A sink
-    // failure leaves the writer as it was. Note that a partial last byte is written padded, so
-    // a `clear` in the middle of a byte makes the padding part of the output.
     void clear(stream::wr& a_sink);
 
     // Appends the low n bits of value, most significant first (n from 0 to 32; 0 appends

@@ -49,9 +49,10 @@ class NUBASE_API rd {
     // Binds a new source and discards what is cached.
     void clear(stream::rd& a_source) noexcept;
 
-    // True when n bytes are available, refilling once if fewer are. A source that is already
-    // exhausted raises `es::uflow` rather than returning false; a source that ends during the
-    // refill gives false with what arrived kept.
+    // True when n bytes are available. When fewer are cached the reader refills, reading until
+    // they arrived or the source returns 0 (so a source giving short reads is not mistaken for
+    // its end). A source that is already exhausted at the first read raises `es::uflow` rather
+    // than returning false; one that ends later gives false, with what arrived kept.
     bool has_bytes(unsigned long long a_n) const { return m_available >= a_n || refill_test(a_n); }
 
     // A pointer to the next n bytes, consumed. Valid until the next call on the reader. Fewer
@@ -96,7 +97,8 @@ class NUBASE_API rd {
     // The slow paths: carry the unconsumed bytes to the front and read behind them.
     void refill_field(unsigned long long a_n) const;
     bool refill_test(unsigned long long a_n) const;
-    unsigned long long refill(unsigned long long a_missing, unsigned long long a_min) const;
+    unsigned long long refill(unsigned long long a_missing, unsigned long long a_min,
+                              bool a_single) const;
 
     unsigned long long m_block;
     unsigned char* m_cache;

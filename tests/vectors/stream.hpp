@@ -1,12 +1,16 @@
-// tests/vectors/stream.hpp - known answers for the bit-stream reader and writer.
+// tests/vectors/stream.hpp - known answers for the bit-stream reader and writer, and the two
+// stream doubles that the stream tests and fuzz targets share.
 //
 // Every value below was worked out by hand from the bit order (most significant bit of the first
-// byte first); none comes from the library. Shared by the tests, the fuzz seeds and the
-// benchmarks.
+// byte first); none comes from the library.
 #ifndef NUBASE_TESTS_VECTORS_STREAM_HPP
 #define NUBASE_TESTS_VECTORS_STREAM_HPP
 
 #include <cstdint>
+#include <cstring>
+#include <vector>
+
+#include "nubase/stream.hpp"
 
 namespace nubase_vectors {
 namespace stream {
@@ -38,6 +42,47 @@ constexpr bit_fields k_bit_fields[] = {
     {"start code", {0x00, 0x00, 0x01, 0xB3}, 4, {{24, 1}, {8, 0xB3}}, 2},
     // 11 | 0000 0000 0000 0000 0000 0000 0000 0001 | 10 1010: 32 bits two bits in.
     {"32 bits at bit 2", {0xC0, 0x00, 0x00, 0x00, 0x6A}, 5, {{2, 3}, {32, 1}, {6, 0x2A}}, 3},
+};
+
+// A reader over a copy of some bytes that returns at most `piece` bytes per call, as pipes and
+// sockets do, and records every request.
+class piece_rd : public nubase::stream::rd {
+  public:
+    piece_rd(const unsigned char* a_data, std::size_t a_size, unsigned long long a_piece)
+        : m_data(a_data, a_data + a_size), m_piece(a_piece) {}
+    piece_rd(std::vector<unsigned char> a_data, unsigned long long a_piece)
+        : m_data(std::move(a_data)), m_piece(a_piece) {}
+    unsigned long long read(void* a_p, unsigned long long a_n) override {
+        requests.push_back(a_n);
+        unsigned long long l_count = m_data.size() - m_pos;
+        if (l_count > a_n) l_count = a_n;
+        if (l_count > m_piece) l_count = m_piece;
+        if (l_count != 0) std::memcpy(a_p, m_data.data() + m_pos, l_count);
+        m_pos += l_count;
+        return l_count;
+    }
+    unsigned long long tell() override { return m_pos; }
+    std::vector<unsigned long long> requests;
+
+  private:
+    std::vector<unsigned char> m_data;
+    unsigned long long m_piece;
+    unsigned long long m_pos = 0;
+};
+
+// A writer that collects the bytes and the length of every write call.
+class vec_wr : public nubase::stream::wr {
+  public:
+    void write(const void* a_p, unsigned long long a_n) override {
+        writes.push_back(a_n);
+        out.insert(out.end(), static_cast<const unsigned char*>(a_p),
+                   static_cast<const unsigned char*>(a_p) + a_n);
+    }
+    void flush() override { ++flushes; }
+    unsigned long long tell() override { return out.size(); }
+    std::vector<unsigned char> out;
+    std::vector<unsigned long long> writes;
+    int flushes = 0;
 };
 
 }  // namespace stream
