@@ -226,6 +226,7 @@ TEST(Url, PartSetters) {
         {"proto://h/p", "", 'a', "proto:/p"},
         {"p:x", "a", 'a', "p://a/x"},
         {"p:/x", "a", 'a', "p://a/x"},
+        {"p:;x", "a", 'a', "p://a/;x"},
         {"file:///x", "h", 'a', "file://h/x"},
         {"x", "h", 'a', "//h/x"},
         {"p://h#f/x", "a", 'a', "p://a/h#f/x"},

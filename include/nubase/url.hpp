@@ -131,8 +131,9 @@ NUBASE_API std::string& uri_set_scheme_specific(std::string& a_u, const std::str
 
 // A non-empty authority replaces the old one; a new one gets "//" in front (not when a '/'
 // already precedes its place) and a '/' behind when the text behind would otherwise read as
-// part of it ("p:x" becomes "p://a/x"). An empty authority is removed with its "//":
-// "proto://h/p" becomes "proto:/p".
+// part of it ("p:x" becomes "p://a/x", "p:;x" becomes "p://a/;x"). An empty authority is
+// removed with its "//": "proto://h/p" becomes "proto:/p"; the "//" stays only when the path
+// behind it begins with "//" and would otherwise become the authority.
 NUBASE_API std::string& url_set_authority(std::string& a_u, const std::string& a_authority,
                                           bool a_encode = true);
 [[nodiscard]] NUBASE_API std::string url_new_authority(const std::string& a_u,
@@ -199,6 +200,8 @@ NUBASE_API std::string& url_set_fragment(std::string& a_u, const kvmap& a_fragme
 // set as by `url_set_authority` (without encoding):
 // "//" for a new authority, a '/' behind it when needed, and an authority left empty is
 // removed with its "//". The host is never encoded; give an IPv6 literal with its brackets.
+// Pieces are copied raw, so brackets inside the user information (which pair up with the
+// host's when the authority is scanned) may not stay apart from the host after a rewrite.
 NUBASE_API std::string& url_set_domain(std::string& a_u, const std::string& a_domain,
                                        bool a_encode = true);
 [[nodiscard]] NUBASE_API std::string url_new_domain(const std::string& a_u,
