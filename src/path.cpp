@@ -59,6 +59,26 @@ std::size_t suffix_start(const std::string& a_path, char a_sep) noexcept {
     return l_d == k_none ? a_path.size() : l_d + 1;
 }
 
+// True when normalising gives the path back unchanged: no "." or ".." component, and no empty
+// one except at either end. Most paths are already normal; they skip the token list.
+bool is_normal(const std::string& a_path, char a_sep) noexcept {
+    std::size_t l_begin = 0;
+    for (;;) {
+        std::size_t l_end = a_path.find(a_sep, l_begin);
+        const bool l_last = l_end == k_none;
+        if (l_last) l_end = a_path.size();
+        const std::size_t l_size = l_end - l_begin;
+        if (l_size == 0) {
+            if (l_begin != 0 && !l_last) return false;
+        } else if (a_path[l_begin] == '.' &&
+                   (l_size == 1 || (l_size == 2 && a_path[l_begin + 1] == '.'))) {
+            return false;
+        }
+        if (l_last) return true;
+        l_begin = l_end + 1;
+    }
+}
+
 }  // namespace
 
 std::string path_directory(const std::string& a_path, char a_sep, unsigned a_levels) {
@@ -232,29 +252,33 @@ std::string path_unrooted(const std::string& a_path, const std::string& a_root) 
 }
 
 std::string& path_normalize(std::string& a_path, char a_sep) {
+    if (is_normal(a_path, a_sep)) return a_path;
     std::vector<std::string> l_tokens;
     strutil::tokenize_string(a_path, a_sep, l_tokens, true);
-    std::vector<std::string> l_kept;
-    l_kept.reserve(l_tokens.size());
+    // The kept elements are compacted to the front of the token list: element `l_kept` is
+    // written only after token `l_kept` has been read.
+    std::size_t l_kept = 0;
     const std::size_t l_last = l_tokens.size() - 1;  // the tokenizer always yields a piece
     for (std::size_t l_i = 0; l_i < l_tokens.size(); ++l_i) {
         std::string& l_token = l_tokens[l_i];
         if (l_token.empty() || l_token == ".") {
             // A leading or trailing empty element keeps the leading or trailing separator.
-            if (l_i == 0 || l_i == l_last) l_kept.emplace_back();
+            if (l_i == 0 || l_i == l_last) l_tokens[l_kept++].clear();
         } else if (l_token == "..") {
-            if (l_kept.empty()) {
-                l_kept.push_back(std::move(l_token));
+            if (l_kept == 0) {
+                l_tokens[l_kept++] = "..";
             } else {
-                l_kept.pop_back();
+                --l_kept;
             }
         } else {
-            l_kept.push_back(std::move(l_token));
+            if (l_kept != l_i) l_tokens[l_kept] = std::move(l_token);
+            ++l_kept;
         }
     }
+    l_tokens.resize(l_kept);
     a_path.clear();
     // The string form of the joiner, so that a NUL separator is written too.
-    strutil::join_strings(l_kept, std::string(1, a_sep), a_path);
+    strutil::join_strings(l_tokens, std::string(1, a_sep), a_path);
     return a_path;
 }
 

@@ -16,15 +16,6 @@
 namespace nubase {
 namespace {
 
-// The copying forms: the in-place form applied to a copy.
-template <class... Args, class... Given>
-std::string on_copy(std::string& (*a_op)(std::string&, Args...), const std::string& a_url,
-                    Given&&... a_args) {
-    std::string l_copy(a_url);
-    a_op(l_copy, std::forward<Given>(a_args)...);
-    return l_copy;
-}
-
 std::string with_slashes(std::string a_s, char a_from, char a_to) {
     std::replace(a_s.begin(), a_s.end(), a_from, a_to);
     return a_s;
@@ -34,22 +25,25 @@ bool same_ignoring_case(const std::string& a_a, const char* a_b) {
     return a_a.size() == std::strlen(a_b) && string_to_lowercase(a_a) == a_b;
 }
 
-// Writes `path` as the URL's path, percent-encoded with '/' kept. The ':' of a leading drive
-// ("/C:" followed by '/' or the end) is written as it is, so that a drive path reads "/C:/d".
-std::string& set_encoded_path(std::string& a_url, const std::string& a_path) {
+// `path` percent-encoded with '/' kept, as `url_set_path` encodes a path. The ':' of a leading
+// drive ("/C:" followed by '/' or the end) is kept as it is, so that a drive path reads "/C:/d".
+std::string encoded_path(const std::string& a_path) {
     const bool l_drive = a_path.size() >= 3 && a_path[0] == '/' && a_path[2] == ':' &&
                          (a_path.size() == 3 || a_path[3] == '/');
-    if (!l_drive) return url_set_path(a_url, url_encode(a_path, false), false);
+    if (!l_drive) return url_encode(a_path, false);
     std::string l_text = url_encode(a_path.substr(0, 2), false);
     l_text.push_back(':');
-    l_text += url_encode(a_path.substr(3), false);
-    return url_set_path(a_url, l_text, false);
+    return l_text += url_encode(a_path.substr(3), false);
 }
 
-// "file:" with `path` as its encoded path.
+std::string& set_encoded_path(std::string& a_url, const std::string& a_path) {
+    return url_set_path(a_url, encoded_path(a_path), false);
+}
+
+// "file:" with the rooted `path` as its encoded path. "file:" has no path to replace, and a
+// path that begins with '/' needs no separator in front, so setting it is appending it.
 std::string file_url(const std::string& a_path) {
-    std::string l_url = "file:";
-    return set_encoded_path(l_url, a_path);
+    return encoded_path(a_path).insert(0, "file:");
 }
 
 // The directory a relative name is read against.
@@ -138,7 +132,8 @@ std::string& url_set_windows_path(std::string& a_url, const std::string& a_path)
 }
 
 std::string url_new_windows_path(const std::string& a_url, const std::string& a_path) {
-    return on_copy(url_set_windows_path, a_url, a_path);
+    std::string l_copy(a_url);
+    return std::move(url_set_windows_path(l_copy, a_path));
 }
 
 std::string url_native_platform_path(const std::string& a_url) {
@@ -184,21 +179,24 @@ std::string& url_path_set_directory(std::string& a_url, const std::string& a_dir
 }
 std::string url_path_new_directory(const std::string& a_url, const std::string& a_dir,
                                    unsigned a_levels) {
-    return on_copy(url_path_set_directory, a_url, a_dir, a_levels);
+    std::string l_copy(a_url);
+    return std::move(url_path_set_directory(l_copy, a_dir, a_levels));
 }
 
 std::string& url_path_set_file(std::string& a_url, const std::string& a_file) {
     return edit_path(a_url, [&](std::string& a_p) { path_set_file(a_p, a_file, '/'); });
 }
 std::string url_path_new_file(const std::string& a_url, const std::string& a_file) {
-    return on_copy(url_path_set_file, a_url, a_file);
+    std::string l_copy(a_url);
+    return std::move(url_path_set_file(l_copy, a_file));
 }
 
 std::string& url_path_set_name(std::string& a_url, const std::string& a_name) {
     return edit_path(a_url, [&](std::string& a_p) { path_set_name(a_p, a_name, '/'); });
 }
 std::string url_path_new_name(const std::string& a_url, const std::string& a_name) {
-    return on_copy(url_path_set_name, a_url, a_name);
+    std::string l_copy(a_url);
+    return std::move(url_path_set_name(l_copy, a_name));
 }
 
 std::string& url_path_set_suffix(std::string& a_url, const std::string& a_suffix,
@@ -208,56 +206,64 @@ std::string& url_path_set_suffix(std::string& a_url, const std::string& a_suffix
 }
 std::string url_path_new_suffix(const std::string& a_url, const std::string& a_suffix,
                                 unsigned a_levels) {
-    return on_copy(url_path_set_suffix, a_url, a_suffix, a_levels);
+    std::string l_copy(a_url);
+    return std::move(url_path_set_suffix(l_copy, a_suffix, a_levels));
 }
 
 std::string& url_path_prepend(std::string& a_url, const std::string& a_head) {
     return edit_path(a_url, [&](std::string& a_p) { path_prepend(a_p, a_head, '/'); });
 }
 std::string url_path_prepended(const std::string& a_url, const std::string& a_head) {
-    return on_copy(url_path_prepend, a_url, a_head);
+    std::string l_copy(a_url);
+    return std::move(url_path_prepend(l_copy, a_head));
 }
 
 std::string& url_path_append(std::string& a_url, const std::string& a_tail) {
     return edit_path(a_url, [&](std::string& a_p) { path_append(a_p, a_tail, '/'); });
 }
 std::string url_path_appended(const std::string& a_url, const std::string& a_tail) {
-    return on_copy(url_path_append, a_url, a_tail);
+    std::string l_copy(a_url);
+    return std::move(url_path_append(l_copy, a_tail));
 }
 
 std::string& url_path_pop_front(std::string& a_url) {
     return edit_path(a_url, [](std::string& a_p) { path_pop_front(a_p, '/'); });
 }
 std::string url_path_popped_front(const std::string& a_url) {
-    return on_copy(url_path_pop_front, a_url);
+    std::string l_copy(a_url);
+    return std::move(url_path_pop_front(l_copy));
 }
 
 std::string& url_path_pop_back(std::string& a_url) {
     return edit_path(a_url, [](std::string& a_p) { path_pop_back(a_p, '/'); });
 }
 std::string url_path_popped_back(const std::string& a_url) {
-    return on_copy(url_path_pop_back, a_url);
+    std::string l_copy(a_url);
+    return std::move(url_path_pop_back(l_copy));
 }
 
 std::string& url_path_root(std::string& a_url, const std::string& a_root) {
     return edit_path(a_url, [&](std::string& a_p) { path_root(a_p, a_root); });
 }
 std::string url_path_rooted(const std::string& a_url, const std::string& a_root) {
-    return on_copy(url_path_root, a_url, a_root);
+    std::string l_copy(a_url);
+    return std::move(url_path_root(l_copy, a_root));
 }
 
 std::string& url_path_unroot(std::string& a_url, const std::string& a_root) {
     return edit_path(a_url, [&](std::string& a_p) { path_unroot(a_p, a_root); });
 }
 std::string url_path_unrooted(const std::string& a_url, const std::string& a_root) {
-    return on_copy(url_path_unroot, a_url, a_root);
+    std::string l_copy(a_url);
+    return std::move(url_path_unroot(l_copy, a_root));
 }
 
 std::string& url_path_normalize(std::string& a_url) {
     return edit_path(a_url, [](std::string& a_p) { path_normalize(a_p, '/'); });
 }
 std::string url_path_normalized(const std::string& a_url) {
-    return on_copy(url_path_normalize, a_url);
+    std::string l_copy(a_url);
+    return std::move(url_path_normalize(l_copy));
 }
 
 }  // namespace nubase
