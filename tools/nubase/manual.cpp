@@ -55,10 +55,14 @@ void print_manual(const command* a_command, bool a_html) {
                   "timecode, turns typed file names into URLs and Windows or UNC paths, codes "
                   "data as base64 or hex, finds start codes, runs programs with timing, and "
                   "describes the host. Every command has its own !S!--help!SE!.");
+        l_parser.add_desc_indent3(nullptr);
         for (const command& l_command : commands()) {
-            l_parser.add_desc('\0', std::string(l_command.name), l_command.summary);
-            l_parser.add_desc_paragraph();
+            l_parser.add_desc((std::string("!S!") + l_command.synopsis + "!SE!").c_str());
+            l_parser.add_desc_indent4(nullptr);
+            l_parser.add_desc(l_command.summary);
+            l_parser.add_desc_indent3(nullptr);
         }
+        l_parser.add_desc_paragraph();
     }
 
     section(l_parser, "OPTIONS");
