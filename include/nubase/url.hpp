@@ -46,7 +46,9 @@
 // part (after percent-encoding it, when asked) and inserts the delimiter the part needs when it
 // was absent; an empty value removes the part with its delimiter. Each setter is built so that
 // its getter then returns the value just set, provided the value holds none of its part's
-// delimiters (or is encoded); the exceptions are documented at the setter.
+// delimiters (or is encoded); the exceptions are documented at the setter. One holds for all:
+// in a string without a scheme, an edit that removes the '/' standing before a ':' (or puts a
+// relative path there) lets that ':' end a scheme, as the grammar reads it.
 #ifndef NUBASE_URL_HPP
 #define NUBASE_URL_HPP
 
