@@ -65,8 +65,10 @@ class NUBASE_API process : public thread_base {
     //    output before reading, or never reads at all, blocks nobody.
     // A program that cannot be executed prints "Failed to start process '<path>' (<reason>)" to
     // standard error and ends with exit code 1, which is then its status.
-    // Raises es::call "Failed to create pipe" (line 164) or "Failed to fork process"; no child
-    // runs then and nothing is left open. `observer` may be null and is not owned.
+    // Raises es::call "Failed to create pipe" (line 164) or "Failed to fork process (<reason>)";
+    // no child runs then and nothing is left open. The child is started with vfork: the
+    // constructing thread waits until it has executed the program (or failed to), and no handler
+    // of the host runs in the child meanwhile. `observer` may be null and is not owned.
     process(const std::string& a_id, const std::string& a_path,
             const std::vector<std::string>& a_args,
             const std::map<std::string, std::string>& a_environment,

@@ -1,4 +1,4 @@
-// Child processes: fork and exec, the pipes, and the monitor thread that feeds, reads and reaps.
+// Child processes: vfork and exec, the pipes, and the monitor thread that feeds, reads and reaps.
 #include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
@@ -92,6 +92,57 @@ void append(char* a_message, std::size_t a_size, std::size_t& a_used, const char
     a_message[a_used] = '\0';
 }
 
+// What the child needs, all prepared before it exists.
+struct child_plan {
+    const char* path;
+    char* const* argv;
+    char* const* envp;
+    const char* working_directory;
+    bool pipes;
+    int in_read;
+    int out_write;
+    const sigset_t* signal_mask;  // the parent's own, to be restored for the program
+};
+
+// The child's side, between the fork and the exec. Only async-signal-safe calls and no writes
+// outside this frame: the child shares the parent's memory until it executes or exits.
+[[noreturn]] __attribute__((noinline)) void run_child(const child_plan& a_plan) noexcept {
+    // Every signal is blocked on arrival here. The host's handlers must not run in memory the
+    // parent still uses: handled signals go back to their default before the mask is restored.
+    for (int l_sig = 1; l_sig < NSIG; ++l_sig) {
+        struct sigaction l_action;
+        if (::sigaction(l_sig, nullptr, &l_action) == 0 && l_action.sa_handler != SIG_IGN &&
+            l_action.sa_handler != SIG_DFL) {
+            l_action.sa_handler = SIG_DFL;
+            l_action.sa_flags = 0;
+            ::sigaction(l_sig, &l_action, nullptr);
+        }
+    }
+    ::pthread_sigmask(SIG_SETMASK, a_plan.signal_mask, nullptr);
+    if (a_plan.pipes) {
+        // The originals are close-on-exec and vanish with the exec.
+        ::dup2(a_plan.in_read, 0);
+        ::dup2(a_plan.out_write, 1);
+    }
+    if (a_plan.working_directory[0] != '\0' && ::chdir(a_plan.working_directory) != 0) {
+        // Ignored: the program starts in the parent's directory.
+    }
+    ::execve(a_plan.path, a_plan.argv, a_plan.envp);
+    const int l_err = errno;
+    char l_message[1024];
+    std::size_t l_used = 0;
+    append(l_message, sizeof l_message, l_used, "Failed to start process '");
+    append(l_message, sizeof l_message, l_used, a_plan.path);
+    append(l_message, sizeof l_message, l_used, "' (");
+    const char* l_reason = ::strerrordesc_np(l_err);
+    append(l_message, sizeof l_message, l_used, l_reason ? l_reason : "Unknown error");
+    append(l_message, sizeof l_message, l_used, ")\n");
+    if (::write(2, l_message, l_used) < 0) {
+        // Nothing more can be reported.
+    }
+    ::_exit(1);
+}
+
 // The seconds of a resource-usage time.
 double seconds(const timeval& a_tv) noexcept {
     return static_cast<double>(a_tv.tv_sec) + static_cast<double>(a_tv.tv_usec) / 1000000.0;
@@ -147,31 +198,18 @@ process::process(const std::string& a_id, const std::string& a_path,
     const std::vector<char*> l_argv = c_strings(l_argv_text);
     const std::vector<char*> l_envp = c_strings(l_env_text);
 
-    const pid_t l_pid = ::fork();
-    if (l_pid == 0) {
-        if (l_pipes) {
-            ::dup2(m_in_read, 0);
-            ::dup2(m_out_write, 1);
-            // The originals are close-on-exec and vanish with the exec.
-        }
-        if (!m_working_directory.empty() && ::chdir(m_working_directory.c_str()) != 0) {
-            // Ignored: the program starts in the parent's directory.
-        }
-        ::execve(a_path.c_str(), l_argv.data(), l_envp.data());
-        const int l_err = errno;
-        char l_message[1024];
-        std::size_t l_used = 0;
-        append(l_message, sizeof l_message, l_used, "Failed to start process '");
-        append(l_message, sizeof l_message, l_used, a_path.c_str());
-        append(l_message, sizeof l_message, l_used, "' (");
-        const char* l_reason = ::strerrordesc_np(l_err);
-        append(l_message, sizeof l_message, l_used, l_reason ? l_reason : "Unknown error");
-        append(l_message, sizeof l_message, l_used, ")\n");
-        if (::write(2, l_message, l_used) < 0) {
-            // Nothing more can be reported.
-        }
-        ::_exit(1);
-    }
+    sigset_t l_all, l_old;
+    sigfillset(&l_all);
+    ::pthread_sigmask(SIG_SETMASK, &l_all, &l_old);
+    const child_plan l_plan{
+        a_path.c_str(), l_argv.data(), l_envp.data(), m_working_directory.c_str(),
+        l_pipes,        m_in_read,     m_out_write,   &l_old};
+    // The parent waits while the child shares its memory until the exec, which is what makes
+    // starting a child cheap; the child only runs `run_child` on its own stack frame.
+    const pid_t l_pid = ::vfork();
+    if (l_pid == 0) run_child(l_plan);
+    const int l_fork_err = errno;
+    ::pthread_sigmask(SIG_SETMASK, &l_old, nullptr);
 
     if (l_pipes) {
         close_fd(m_out_write);
@@ -180,7 +218,8 @@ process::process(const std::string& a_id, const std::string& a_path,
     if (l_pid == -1) {
         close_fd(m_out_read);
         close_fd(m_in_write);
-        sys::raise_call(k_source, __LINE__, "Failed to fork process");
+        sys::raise_call(k_source, __LINE__, "Failed to fork process (%s)",
+                        sys::error_text(l_fork_err).c_str());
     }
 
     std::lock_guard<const mutex> l_hold(m_mutex);
