@@ -68,14 +68,16 @@ void tokenize_string(const std::string& a_s, char a_sep, std::vector<std::string
         a_out.reserve(a_out.size() + 1 +
                       static_cast<std::size_t>(std::count(a_s.begin(), a_s.end(), a_sep)));
     }
+    // A plain byte loop: pieces are usually short, so a library search per piece costs more
+    // than it saves.
     std::size_t l_start = 0;
-    for (;;) {
-        const std::size_t l_pos = a_s.find(a_sep, l_start);
-        const std::size_t l_end = l_pos == std::string::npos ? a_s.size() : l_pos;
-        if (a_keep_empty || l_end > l_start) append_piece(a_out, a_s, l_start, l_end);
-        if (l_pos == std::string::npos) return;
-        l_start = l_pos + 1;
+    for (std::size_t l_i = 0; l_i < a_s.size(); ++l_i) {
+        if (a_s[l_i] == a_sep) {
+            if (a_keep_empty || l_i > l_start) append_piece(a_out, a_s, l_start, l_i);
+            l_start = l_i + 1;
+        }
     }
+    if (a_keep_empty || a_s.size() > l_start) append_piece(a_out, a_s, l_start, a_s.size());
 }
 
 void tokenize_string(const std::string& a_s, char a_sep, unsigned a_width,
