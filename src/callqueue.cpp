@@ -2,9 +2,7 @@
 #include <pthread.h>
 
 #include <mutex>
-#if defined(__GLIBCXX__)
 #include <cxxabi.h>
-#endif
 
 #include "nubase/callqueue.hpp"
 #include "nubase/string.hpp"
@@ -175,16 +173,15 @@ void callqueue::execute(std::vector<entry>& a_list, std::vector<entry>& a_origin
                 hold l_hold(l_entry.object->m_mutex);
                 try {
                     l_entry.object->call();
-#if defined(__GLIBCXX__)
-                } catch (abi::__forced_unwind&) {
-                    // The thread is exiting or being cancelled inside the call: its waiter is
-                    // released all the same.
-                    if (l_entry.done) *l_entry.done = true;
-                    l_entry.object->m_condition.broadcast();
-                    throw;
-#endif
                 } catch (...) {
-                    // A call's failure is its own affair: the queue goes on with the next one.
+                    // An exception of no C++ type is the thread exiting or being cancelled inside
+                    // the call: it must pass on, and the waiter is released all the same. Any
+                    // other failure is the call's own affair: the queue goes on with the next.
+                    if (!abi::__cxa_current_exception_type()) {
+                        if (l_entry.done) *l_entry.done = true;
+                        l_entry.object->m_condition.broadcast();
+                        throw;
+                    }
                 }
                 if (l_entry.done) *l_entry.done = true;
             }

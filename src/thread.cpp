@@ -5,9 +5,7 @@
 
 #include <cstring>
 #include <exception>
-#if defined(__GLIBCXX__)
 #include <cxxabi.h>
-#endif
 
 #include "nubase/es.hpp"
 #include "nubase/thread.hpp"
@@ -42,18 +40,15 @@ bool is_calling_thread(const unsigned char* a_storage) noexcept {
 
 // Runs the work. An exception escaping it ends the process: nobody could catch it, and the work's
 // owner could not tell a half-done work from a finished one. Thread exit and cancellation unwind
-// with a special exception that must pass on untouched.
+// the stack with an exception of no C++ type, which must pass on untouched.
 void* thread_start(void* a_work) {
     try {
         (*static_cast<thread_base*>(a_work))();
-#if defined(__GLIBCXX__)
-    } catch (abi::__forced_unwind&) {
-        throw;
-#endif
     } catch (const es::base& e) {
         ds::abort(k_source, 47, "exception: '%s' at '%s:%u'; '%s'\n", e.what(), e.file(), e.line(),
                   e.msg());
     } catch (...) {
+        if (!abi::__cxa_current_exception_type()) throw;
         ds::abort(k_source, 51, "exception: 'unknown exception' at [ n/a:0 ]; 'n/a'\n");
     }
     return nullptr;

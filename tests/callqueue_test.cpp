@@ -14,6 +14,8 @@
 #include <thread>
 #include <vector>
 
+#include "nubase/thread.hpp"
+
 namespace {
 
 using nubase::callqueue;
@@ -209,6 +211,29 @@ TEST_F(CallQueue, WaitForCallsSleepsUntilAPostOrTheTimeOut) {
         poster.join();
         q.run();
         EXPECT_FALSE(q.wait_for_calls(timestamp(0, 1)));
+    });
+}
+
+TEST_F(CallQueue, ThreadExitInsideACallReleasesItsWaiter) {
+    in_fresh_process([] {
+        // The queue's thread is a library thread that ends itself inside a call.
+        struct server : nubase::thread_base {
+            std::atomic<bool> ready{false};
+            void operator()() override {
+                callqueue& q = callqueue::instance();
+                ready = true;
+                for (;;) {
+                    q.wait_for_calls(timestamp(10, 1000));
+                    q.run();
+                }
+            }
+        } work;
+        nubase::thread t(work);
+        while (!work.ready)
+            nubase::thread::yield();
+        callqueue::instance().add_call(make_call([] { nubase::thread::exit(); }), "end",
+                                       callqueue::flag_wait);
+        t.join();  // returns: the exit ended only that thread
     });
 }
 

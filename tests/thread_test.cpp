@@ -175,6 +175,7 @@ TEST(Thread, DestructionDuringUnwindingCancels) {
 std::atomic<int> g_signalled{0};
 
 TEST(Thread, SignalReachesTheThread) {
+    g_signalled = 0;
     struct sigaction action {
     }, previous{};
     action.sa_handler = [](int) { ++g_signalled; };

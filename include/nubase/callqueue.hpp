@@ -61,7 +61,8 @@ class NUBASE_API callqueue_object : public object_refcount {
     void unlock() const { m_mutex.unlock(); }
     // Waits on the object's condition; the caller holds the object's mutex. May wake spuriously.
     void wait() const { m_condition.wait(m_mutex); }
-    // Wakes one thread waiting on the object's condition.
+    // Wakes one thread waiting on the object's condition. (`run()` itself wakes every waiter
+    // of the object after its call, since one object may be queued by several waiting posters.)
     void signal() const { m_condition.signal(); }
 
   private:
@@ -157,7 +158,8 @@ class NUBASE_API callqueue {
     std::vector<entry> m_exit_calls;
     // An empty array that keeps its capacity between runs; `run()` swaps it in for posting.
     std::vector<entry> m_spare;
-    // Set once by `exit()`; read by every add operation.
+    // Set once by `exit()`; read by every add operation. An atomic rather than a flag under a
+    // mutex of its own: the same ordering, without a lock on every post.
     std::atomic<bool> m_exited;
     std::set<std::string> m_unique_names;
     // Wakes the queue's thread in `wait_for_calls`; `m_sleeping` says whether it waits there.
