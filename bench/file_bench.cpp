@@ -33,27 +33,19 @@ const std::string& test_file() {
     return s_path;
 }
 
-void BM_fileutil_string(benchmark::State& state) {
+// Into a string or a buffer: the same read, sized by the file.
+template <class Container>
+void BM_fileutil(benchmark::State& state) {
     const std::string& l_path = test_file();
     for (auto _ : state) {
-        std::string l_content;
+        Container l_content;
         nubase::fileutil::get_file_content(l_path, l_content);
         benchmark::DoNotOptimize(l_content.data());
     }
     state.SetBytesProcessed(static_cast<long long>(state.iterations() * k_size));
 }
-BENCHMARK(BM_fileutil_string)->Unit(benchmark::kMillisecond);
-
-void BM_fileutil_buffer(benchmark::State& state) {
-    const std::string& l_path = test_file();
-    for (auto _ : state) {
-        nubase::buffer l_content;
-        nubase::fileutil::get_file_content(l_path, l_content);
-        benchmark::DoNotOptimize(l_content.data());
-    }
-    state.SetBytesProcessed(static_cast<long long>(state.iterations() * k_size));
-}
-BENCHMARK(BM_fileutil_buffer)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_fileutil, std::string)->Unit(benchmark::kMillisecond);
+BENCHMARK_TEMPLATE(BM_fileutil, nubase::buffer)->Unit(benchmark::kMillisecond);
 
 void BM_ifstream_string(benchmark::State& state) {
     const std::string& l_path = test_file();

@@ -3,8 +3,8 @@
 #include "nubase/file.hpp"
 
 #include "nubase/es.hpp"
+#include "descriptors.hpp"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -21,14 +21,7 @@ namespace {
 using nubase::file;
 namespace fileutil = nubase::fileutil;
 
-int open_descriptors() {
-    int l_count = 0;
-    DIR* l_dir = opendir("/proc/self/fd");
-    while (dirent* l_entry = readdir(l_dir))
-        l_count += l_entry->d_name[0] != '.';
-    closedir(l_dir);
-    return l_count - 1;  // the directory stream's own descriptor
-}
+using nubase_test::open_descriptors;
 
 class Files : public ::testing::Test {
   protected:

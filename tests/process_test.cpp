@@ -4,7 +4,6 @@
 //
 // The children are this test binary itself: when NUBASE_TEST_CHILD is set, it plays the role it
 // names before the tests are even registered, and ends within 20 s whatever happens.
-#include <dirent.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -19,6 +18,7 @@
 #include <string>
 
 #include "nubase/process.hpp"
+#include "descriptors.hpp"
 
 namespace {
 
@@ -87,14 +87,7 @@ void write_all(const char* a_data, std::size_t a_size) {
 
 // ---- the parent's side ------------------------------------------------------------------------
 
-int open_descriptors() {
-    int l_count = 0;
-    DIR* l_dir = opendir("/proc/self/fd");
-    while (dirent* l_entry = readdir(l_dir))
-        l_count += l_entry->d_name[0] != '.';
-    closedir(l_dir);
-    return l_count - 1;
-}
+using nubase_test::open_descriptors;
 
 std::string self() {
     char l_path[PATH_MAX];
