@@ -99,7 +99,7 @@ void callqueue::run() {
         m_pending.swap(m_spare);
     }
     execute(l_calls, m_pending);
-    hold l_hold(m_mutex);
+    // Only the queue's thread touches the spare array outside the swap above: no lock needed.
     if (m_spare.capacity() < l_calls.capacity()) m_spare.swap(l_calls);
 }
 

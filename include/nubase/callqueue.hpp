@@ -157,6 +157,7 @@ class NUBASE_API callqueue {
     mutex m_mutex;
     std::vector<entry> m_exit_calls;
     // An empty array that keeps its capacity between runs; `run()` swaps it in for posting.
+    // Used by the queue's thread only.
     std::vector<entry> m_spare;
     // Set once by `exit()`; read by every add operation. An atomic rather than a flag under a
     // mutex of its own: the same ordering, without a lock on every post.
