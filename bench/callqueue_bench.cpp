@@ -77,33 +77,26 @@ class queue_server {
     std::thread m_thread;
 };
 
-void BM_RoundTrip_nubase(benchmark::State& state) {
-    queue_server::get();
-    nubase::callqueue& q = nubase::callqueue::instance();
-    count_call* counter = new count_call;
-    const nubase::ptr_refcount<nubase::callqueue_object> c(counter);
-    for (auto _ : state)
-        q.add_call(c, "", nubase::callqueue::flag_wait);
-    if (counter->count != state.iterations()) state.SkipWithError("lost calls");
-}
+// The poster's side: the batch's calls and the one waited for are two objects, as with the
+// peers' items.
+class nubase_client {
+  public:
+    nubase_client()
+        : m_queue((queue_server::get(), nubase::callqueue::instance())),
+          m_counter(new count_call),
+          m_fence_counter(new count_call),
+          m_call(m_counter),
+          m_fence(m_fence_counter) {}
+    void post() { m_queue.add_call(m_call, "", 0); }
+    void post_and_wait() { m_queue.add_call(m_fence, "", nubase::callqueue::flag_wait); }
+    std::int64_t count() const { return m_counter->count + m_fence_counter->count; }
 
-void BM_Batch1000_nubase(benchmark::State& state) {
-    queue_server::get();
-    nubase::callqueue& q = nubase::callqueue::instance();
-    // The posted calls and the one waited for are two objects, as with the peers' items.
-    count_call* counter = new count_call;
-    count_call* fence_counter = new count_call;
-    const nubase::ptr_refcount<nubase::callqueue_object> c(counter), fence(fence_counter);
-    for (auto _ : state) {
-        for (int i = 0; i < k_batch; ++i)
-            q.add_call(c, "", 0);
-        q.add_call(fence, "", nubase::callqueue::flag_wait);
-    }
-    if (counter->count + fence_counter->count != state.iterations() * (k_batch + 1)) {
-        state.SkipWithError("lost calls");
-    }
-    state.SetItemsProcessed(state.iterations() * (k_batch + 1));
-}
+  private:
+    nubase::callqueue& m_queue;
+    count_call* m_counter;
+    count_call* m_fence_counter;
+    const nubase::ptr_refcount<nubase::callqueue_object> m_call, m_fence;
+};
 
 // ---- std::mutex + std::condition_variable ------------------------------------------------
 
@@ -161,24 +154,6 @@ class std_server {
     std::thread m_thread;
 };
 
-void BM_RoundTrip_std(benchmark::State& state) {
-    std_server s;
-    for (auto _ : state)
-        s.post_and_wait();
-    if (s.count() != state.iterations()) state.SkipWithError("lost calls");
-}
-
-void BM_Batch1000_std(benchmark::State& state) {
-    std_server s;
-    for (auto _ : state) {
-        for (int i = 0; i < k_batch; ++i)
-            s.post();
-        s.post_and_wait();
-    }
-    if (s.count() != state.iterations() * (k_batch + 1)) state.SkipWithError("lost calls");
-    state.SetItemsProcessed(state.iterations() * (k_batch + 1));
-}
-
 // ---- GLib GAsyncQueue --------------------------------------------------------------------
 
 #if defined(NUBASE_HAVE_GLIB_2_0)
@@ -214,23 +189,6 @@ class glib_server {
     std::thread m_thread;
 };
 
-void BM_RoundTrip_glib(benchmark::State& state) {
-    glib_server s;
-    for (auto _ : state)
-        s.post_and_wait();
-    if (s.count() != state.iterations()) state.SkipWithError("lost calls");
-}
-
-void BM_Batch1000_glib(benchmark::State& state) {
-    glib_server s;
-    for (auto _ : state) {
-        for (int i = 0; i < k_batch; ++i)
-            s.post();
-        s.post_and_wait();
-    }
-    if (s.count() != state.iterations() * (k_batch + 1)) state.SkipWithError("lost calls");
-    state.SetItemsProcessed(state.iterations() * (k_batch + 1));
-}
 #endif
 
 // ---- POCO NotificationQueue --------------------------------------------------------------
@@ -271,15 +229,21 @@ class poco_server {
     std::thread m_thread;
 };
 
-void BM_RoundTrip_poco(benchmark::State& state) {
-    poco_server s;
+#endif
+
+// One posted call and its reply; `count()` is read after the last reply.
+template <class Server>
+void BM_RoundTrip(benchmark::State& state) {
+    Server s;
     for (auto _ : state)
         s.post_and_wait();
     if (s.count() != state.iterations()) state.SkipWithError("lost calls");
 }
 
-void BM_Batch1000_poco(benchmark::State& state) {
-    poco_server s;
+// A batch of posted calls closed by one waited for.
+template <class Server>
+void BM_Batch1000(benchmark::State& state) {
+    Server s;
     for (auto _ : state) {
         for (int i = 0; i < k_batch; ++i)
             s.post();
@@ -288,23 +252,22 @@ void BM_Batch1000_poco(benchmark::State& state) {
     if (s.count() != state.iterations() * (k_batch + 1)) state.SkipWithError("lost calls");
     state.SetItemsProcessed(state.iterations() * (k_batch + 1));
 }
-#endif
 
-BENCHMARK(BM_RoundTrip_nubase)->UseRealTime();
-BENCHMARK(BM_RoundTrip_std)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_RoundTrip, nubase_client)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_RoundTrip, std_server)->UseRealTime();
 #if defined(NUBASE_HAVE_GLIB_2_0)
-BENCHMARK(BM_RoundTrip_glib)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_RoundTrip, glib_server)->UseRealTime();
 #endif
 #if defined(NUBASE_HAVE_POCO)
-BENCHMARK(BM_RoundTrip_poco)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_RoundTrip, poco_server)->UseRealTime();
 #endif
-BENCHMARK(BM_Batch1000_nubase)->UseRealTime();
-BENCHMARK(BM_Batch1000_std)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Batch1000, nubase_client)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Batch1000, std_server)->UseRealTime();
 #if defined(NUBASE_HAVE_GLIB_2_0)
-BENCHMARK(BM_Batch1000_glib)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Batch1000, glib_server)->UseRealTime();
 #endif
 #if defined(NUBASE_HAVE_POCO)
-BENCHMARK(BM_Batch1000_poco)->UseRealTime();
+BENCHMARK_TEMPLATE(BM_Batch1000, poco_server)->UseRealTime();
 #endif
 
 }  // namespace
