@@ -55,6 +55,15 @@ TEST(String, CaseTouchesOnlyAsciiLetters) {
     EXPECT_EQ("", nubase::capitalized(""));
 }
 
+// The copying and in-place replacements agree, and the in-place one returns its argument.
+template <class... Args>
+void expect_replace(const std::string& a_expected, const std::string& a_s, const Args&... a_args) {
+    EXPECT_EQ(a_expected, nubase::string_replaced(a_s, a_args...));
+    std::string l_s = a_s;
+    EXPECT_EQ(&l_s, &nubase::replace(l_s, a_args...));
+    EXPECT_EQ(a_expected, l_s);
+}
+
 TEST(String, CharReplaceRestartsOneAfterTheReplacedByte) {
     struct row {
         std::string s;
@@ -70,10 +79,7 @@ TEST(String, CharReplaceRestartsOneAfterTheReplacedByte) {
     };
     for (const auto& l_r : l_rows) {
         SCOPED_TRACE(l_r.s + " / " + l_r.c + " / " + l_r.with);
-        EXPECT_EQ(l_r.expected, nubase::string_replaced(l_r.s, l_r.c, l_r.with));
-        std::string l_s = l_r.s;
-        EXPECT_EQ(&l_s, &nubase::replace(l_s, l_r.c, l_r.with));
-        EXPECT_EQ(l_r.expected, l_s);
+        expect_replace(l_r.expected, l_r.s, l_r.c, l_r.with);
     }
 }
 
@@ -92,10 +98,7 @@ TEST(String, StringReplaceNeverRescansInsertedText) {
     };
     for (const auto& l_r : l_rows) {
         SCOPED_TRACE(l_r.s + " / " + l_r.what + " / " + l_r.with);
-        EXPECT_EQ(l_r.expected, nubase::string_replaced(l_r.s, l_r.what, l_r.with));
-        std::string l_s = l_r.s;
-        EXPECT_EQ(&l_s, &nubase::replace(l_s, l_r.what, l_r.with));
-        EXPECT_EQ(l_r.expected, l_s);
+        expect_replace(l_r.expected, l_r.s, l_r.what, l_r.with);
     }
     // Arguments that are the string being changed.
     std::string l_self = "abc";
