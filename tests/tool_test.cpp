@@ -90,15 +90,15 @@ class Tool : public testing::Test {
 // Expected labels worked out by hand: at 29.97 drop-frame a minute holds 1798 frames except
 // every tenth (1800), ten minutes 17982, an hour 107892.
 TEST_F(Tool, ProbeReadsTheFirstTimecodeSample) {
-    using nubase_tool::movie_spec;
+    using nubase_tool::movie_layout;
     struct row {
         const char* what;
-        movie_spec spec;
+        movie_layout layout;
         std::string expected;
     };
-    const auto spec = [](std::uint32_t scale, std::uint32_t duration, unsigned fps, bool drop,
-                         std::uint32_t frame) {
-        movie_spec s;
+    const auto layout = [](std::uint32_t scale, std::uint32_t duration, unsigned fps, bool drop,
+                           std::uint32_t frame) {
+        movie_layout s;
         s.time_scale = scale;
         s.frame_duration = duration;
         s.number_of_frames = fps;
@@ -106,29 +106,30 @@ TEST_F(Tool, ProbeReadsTheFirstTimecodeSample) {
         s.first_frame = frame;
         return s;
     };
-    movie_spec co64 = spec(30000, 1001, 30, true, 1800);
+    movie_layout co64 = layout(30000, 1001, 30, true, 1800);
     co64.chunk_offsets_64 = true;
-    movie_spec media_first = spec(30000, 1001, 30, true, 1799);
+    movie_layout media_first = layout(30000, 1001, 30, true, 1799);
     media_first.movie_first = false;
-    movie_spec mp4 = spec(60000, 1001, 60, true, 215784);
+    movie_layout mp4 = layout(60000, 1001, 60, true, 215784);
     mp4.mp4 = true;
     mp4.large_media_size = true;
     mp4.movie_first = false;
     const row rows[] = {
-        {"29.97 drop", spec(30000, 1001, 30, true, 107892), "01:00:00;00 29.97 fps drop-frame"},
-        {"tenth minute", spec(30000, 1001, 30, true, 17982), "00:10:00;00 29.97 fps drop-frame"},
+        {"29.97 drop", layout(30000, 1001, 30, true, 107892), "01:00:00;00 29.97 fps drop-frame"},
+        {"tenth minute", layout(30000, 1001, 30, true, 17982), "00:10:00;00 29.97 fps drop-frame"},
         {"co64, first dropped minute", co64, "00:01:00;02 29.97 fps drop-frame"},
         {"media first", media_first, "00:00:59;29 29.97 fps drop-frame"},
         {"59.94 mp4, 64-bit mdat", mp4, "01:00:00;00 59.94 fps drop-frame"},
-        {"29.97 non-drop", spec(30000, 1001, 30, false, 107892), "00:59:56:12 29.97 fps non-drop"},
-        {"23.976", spec(24000, 1001, 24, false, 86400), "01:00:00:00 23.976 fps non-drop"},
-        {"25", spec(25, 1, 25, false, 90000 * 25 + 24), "25:00:00:24 25 fps non-drop"},
-        {"hours unwrapped", spec(30000, 1001, 30, true, 107892 * 25),
+        {"29.97 non-drop", layout(30000, 1001, 30, false, 107892),
+         "00:59:56:12 29.97 fps non-drop"},
+        {"23.976", layout(24000, 1001, 24, false, 86400), "01:00:00:00 23.976 fps non-drop"},
+        {"25", layout(25, 1, 25, false, 90000 * 25 + 24), "25:00:00:24 25 fps non-drop"},
+        {"hours unwrapped", layout(30000, 1001, 30, true, 107892 * 25),
          "25:00:00;00 29.97 fps drop-frame"},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.what);
-        const std::string file = write("clip.mov", nubase_tool::write_movie(r.spec));
+        const std::string file = write("clip.mov", nubase_tool::write_movie(r.layout));
         const result got = run({"probe", file});
         EXPECT_EQ(0, got.code) << got.err;
         EXPECT_EQ(file + ": " + r.expected + "\n", got.out);
@@ -137,7 +138,7 @@ TEST_F(Tool, ProbeReadsTheFirstTimecodeSample) {
 }
 
 TEST_F(Tool, ProbeReportsMissingTracksAndBrokenFiles) {
-    nubase_tool::movie_spec plain;
+    nubase_tool::movie_layout plain;
     plain.timecode_track = false;
     const std::string no_track = write("video.mov", nubase_tool::write_movie(plain));
     const std::string good = write("good.mov", nubase_tool::write_movie({}));
@@ -160,9 +161,9 @@ TEST_F(Tool, ProbeReportsMissingTracksAndBrokenFiles) {
 
 TEST_F(Tool, ProbeSurvivesEveryTruncation) {
     for (bool movie_first : {true, false}) {
-        nubase_tool::movie_spec spec;
-        spec.movie_first = movie_first;
-        const nubase::buffer movie = nubase_tool::write_movie(spec);
+        nubase_tool::movie_layout layout;
+        layout.movie_first = movie_first;
+        const nubase::buffer movie = nubase_tool::write_movie(layout);
         const std::string bytes(movie.data(), movie.data() + movie.size());
         for (std::size_t size = 0; size < bytes.size(); size += 5) {
             SCOPED_TRACE(size);

@@ -80,7 +80,7 @@ class parse_header : public nubase::thread_base {
 int run_demo(const arguments&) {
     // The main thread becomes the call queue's thread by asking first.
     nubase::callqueue& l_queue = nubase::callqueue::instance();
-    const nubase::buffer l_movie = write_movie(movie_spec());
+    const nubase::buffer l_movie = write_movie(movie_layout());
     parse_header l_work(l_movie);
     {
         nubase::thread l_worker(l_work);

@@ -102,7 +102,7 @@ nubase::buffer track(const char* a_handler, const nubase::buffer& a_description,
                              sample_tables(a_description, a_chunk_offset, a_64)})})});
 }
 
-nubase::buffer movie(const movie_spec& a_spec, std::uint64_t a_chunk_offset) {
+nubase::buffer movie(const movie_layout& a_layout, std::uint64_t a_chunk_offset) {
     // Sample descriptions: size, format, 6 reserved bytes, data reference index; the timecode
     // one goes on with 4 reserved bytes, flags, time scale, frame duration, frames a second and
     // 3 reserved bytes.
@@ -115,53 +115,53 @@ nubase::buffer movie(const movie_spec& a_spec, std::uint64_t a_chunk_offset) {
         .byte(0)
         .byte(1)
         .zeros(4)
-        .be32(a_spec.drop_frame ? 1 : 0)
-        .be32(a_spec.time_scale)
-        .be32(a_spec.frame_duration)
-        .byte(a_spec.number_of_frames)
+        .be32(a_layout.drop_frame ? 1 : 0)
+        .be32(a_layout.time_scale)
+        .be32(a_layout.frame_duration)
+        .byte(a_layout.number_of_frames)
         .zeros(3);
     atom_builder l_tracks;
     l_tracks.bytes(atom("mvhd", atom_builder().be32(0).zeros(96).finish()));
-    l_tracks.bytes(track("vide", l_video_entry, a_chunk_offset + 4, a_spec.chunk_offsets_64));
-    if (a_spec.timecode_track) {
+    l_tracks.bytes(track("vide", l_video_entry, a_chunk_offset + 4, a_layout.chunk_offsets_64));
+    if (a_layout.timecode_track) {
         l_tracks.bytes(
-            track("tmcd", l_tmcd_entry.finish(), a_chunk_offset, a_spec.chunk_offsets_64));
+            track("tmcd", l_tmcd_entry.finish(), a_chunk_offset, a_layout.chunk_offsets_64));
     }
     return atom("moov", l_tracks.finish());
 }
 
 }  // namespace
 
-nubase::buffer write_movie(const movie_spec& a_spec) {
+nubase::buffer write_movie(const movie_layout& a_layout) {
     const nubase::buffer l_type = atom("ftyp", atom_builder()
-                                                   .text(a_spec.mp4 ? "isom" : "qt  ")
+                                                   .text(a_layout.mp4 ? "isom" : "qt  ")
                                                    .be32(0x200)
-                                                   .text(a_spec.mp4 ? "mp41" : "qt  ")
+                                                   .text(a_layout.mp4 ? "mp41" : "qt  ")
                                                    .finish());
     // The media data: the timecode sample, then a few bytes that stand for video.
     atom_builder l_media_body;
-    l_media_body.be32(a_spec.first_frame).text("vid0").text("vid1");
+    l_media_body.be32(a_layout.first_frame).text("vid0").text("vid1");
     const nubase::buffer l_media_bytes = l_media_body.finish();
     atom_builder l_media;
-    if (a_spec.large_media_size) {
+    if (a_layout.large_media_size) {
         l_media.be32(1).text("mdat").be64(l_media_bytes.size() + 16);
     } else {
         l_media.be32(static_cast<std::uint32_t>(l_media_bytes.size() + 8)).text("mdat");
     }
     l_media.bytes(l_media_bytes);
     const nubase::buffer l_media_atom = l_media.finish();
-    const std::uint64_t l_media_header = a_spec.large_media_size ? 16 : 8;
+    const std::uint64_t l_media_header = a_layout.large_media_size ? 16 : 8;
 
     // The movie's size does not depend on the offset it records, so measure it first.
-    const std::uint64_t l_movie_size = movie(a_spec, 0).size();
+    const std::uint64_t l_movie_size = movie(a_layout, 0).size();
     const std::uint64_t l_sample_offset =
-        l_type.size() + (a_spec.movie_first ? l_movie_size : 0) + l_media_header;
-    const nubase::buffer l_movie = movie(a_spec, l_sample_offset);
+        l_type.size() + (a_layout.movie_first ? l_movie_size : 0) + l_media_header;
+    const nubase::buffer l_movie = movie(a_layout, l_sample_offset);
 
     atom_builder l_file;
     l_file.bytes(l_type);
-    l_file.bytes(a_spec.movie_first ? l_movie : l_media_atom);
-    l_file.bytes(a_spec.movie_first ? l_media_atom : l_movie);
+    l_file.bytes(a_layout.movie_first ? l_movie : l_media_atom);
+    l_file.bytes(a_layout.movie_first ? l_media_atom : l_movie);
     return l_file.finish();
 }
 

@@ -9,7 +9,7 @@
 
 namespace nubase_tool {
 
-struct movie_spec {
+struct movie_layout {
     std::uint32_t time_scale = 30000;
     std::uint32_t frame_duration = 1001;
     unsigned number_of_frames = 30;
@@ -24,7 +24,7 @@ struct movie_spec {
 
 // The whole file: 'ftyp', then 'moov' and 'mdat' in the order asked. The movie holds a video
 // track and (unless switched off) a timecode track whose one chunk is the 4-byte sample in 'mdat'.
-nubase::buffer write_movie(const movie_spec& a_spec);
+nubase::buffer write_movie(const movie_layout& a_layout);
 
 }  // namespace nubase_tool
 
