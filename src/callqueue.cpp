@@ -9,6 +9,10 @@
 #include "raise.hpp"
 
 namespace nubase {
+
+// From thread.cpp: prepares the stack for passing on a thread's exit or cancellation.
+void unpoison_unwound_stack() noexcept;
+
 namespace {
 
 constexpr char k_source[] = "lib/nubase/src/callqueue";
@@ -180,6 +184,7 @@ void callqueue::execute(std::vector<entry>& a_list, std::vector<entry>& a_origin
                     if (!abi::__cxa_current_exception_type()) {
                         if (l_entry.done) *l_entry.done = true;
                         l_entry.object->m_condition.broadcast();
+                        unpoison_unwound_stack();
                         throw;
                     }
                 }
