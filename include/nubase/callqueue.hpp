@@ -100,8 +100,9 @@ class NUBASE_API callqueue {
     //  - from another thread with `flag_wait`, the object is queued and the caller blocks until
     //    `run()` has executed it (however `call()` ended);
     //  - otherwise the object is queued and the call returns.
-    // A null object is queued like any other and skipped by `run()`. Raises `es::call` "Cannot
-    // add '<name>' call to callqueue: callqueue has already exit()ed." (line 83) after `exit()`.
+    // A null object raises `es::null` "Cannot add a null call to callqueue" and queues nothing.
+    // Raises `es::call` "Cannot add '<name>' call to callqueue: callqueue has already exit()ed."
+    // (line 83) after `exit()`.
     void add_call(ptr_refcount<callqueue_object> a_object, const std::string& a_name,
                   unsigned int a_flags);
 
