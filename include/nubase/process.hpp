@@ -21,6 +21,7 @@
 #ifndef NUBASE_PROCESS_HPP
 #define NUBASE_PROCESS_HPP
 
+#include <atomic>
 #include <map>
 #include <string>
 #include <vector>
@@ -74,9 +75,10 @@ class NUBASE_API process : public thread_base {
             const std::map<std::string, std::string>& a_environment,
             const std::string& a_working_directory, const std::string& a_input,
             unsigned int a_flags, status* a_observer);
-    // While the monitor still watches the child, cancels it and waits until it has let go of this
-    // object (its pipe ends are closed). The child itself is left running, unwatched and unreaped:
-    // end it with `terminate` and wait for `finished` first.
+    // While the monitor still watches the child, stops it and waits until it has let go of this
+    // object (its pipe ends are closed; an observer call under way is finished first). The child
+    // itself is left running, unwatched and unreaped: end it with `terminate` and wait for
+    // `finished` first.
     ~process() override;
     process(const process&) = delete;
     process& operator=(const process&) = delete;
@@ -98,7 +100,7 @@ class NUBASE_API process : public thread_base {
     [[nodiscard]] double get_system_time() const;
 
     // Nothing once the child has ended (or before it started). Otherwise: with `cancel_monitor`
-    // the monitor is cancelled first (nobody then reaps the child or calls the observer: the
+    // the monitor is stopped first (nobody then reaps the child or calls the observer: the
     // caller takes over, for example with `waitpid(get_pid(), ...)`); a paused child gets SIGCONT;
     // then SIGTERM. The results of the signals are ignored.
     void terminate(bool a_cancel_monitor);
@@ -119,7 +121,7 @@ class NUBASE_API process : public thread_base {
     void signal_child(int a_signal);
     // Reads what the child has written so far and hands it to the observer; false at the end.
     bool read_output();
-    // Cancels the monitor if it still watches; the caller holds the mutex.
+    // Asks the monitor to let go if it still watches; the caller holds the mutex.
     void cancel_monitor_locked();
 
     thread m_monitor;
@@ -143,7 +145,10 @@ class NUBASE_API process : public thread_base {
     int m_in_write;
     unsigned int m_flags;
     status* m_observer;
-    bool m_monitoring;  // the monitor runs and may still be cancelled
+    bool m_monitoring;         // the monitor runs and may still be stopped
+    std::atomic<bool> m_stop;  // a request to the monitor to let go
+    int m_wake;                // wakes the monitor for a stop request
+    int m_pidfd;               // readable when the child ends; -1 where the kernel has none
 };
 
 }  // namespace nubase

@@ -2,11 +2,14 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
+#include <sys/eventfd.h>
 #include <sys/resource.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
@@ -176,7 +179,10 @@ process::process(const std::string& a_id, const std::string& a_path,
       m_in_write(-1),
       m_flags(a_flags),
       m_observer(a_observer),
-      m_monitoring(false) {
+      m_monitoring(false),
+      m_stop(false),
+      m_wake(-1),
+      m_pidfd(-1) {
     const bool l_pipes = (m_flags & flag_pipes) != 0;
     if (l_pipes) {
         if (!make_pipe(m_out_read, m_out_write))
@@ -225,6 +231,10 @@ process::process(const std::string& a_id, const std::string& a_path,
     std::lock_guard<const mutex> l_hold(m_mutex);
     m_pid = l_pid;
     try {
+        m_wake = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+        if (m_wake == -1) sys::raise_call(k_source, __LINE__, "Failed to create pipe");
+        // Readable when the child ends (kernels since 5.3); without it the end is polled.
+        m_pidfd = static_cast<int>(::syscall(SYS_pidfd_open, l_pid, 0));
         m_monitor.start(*this);
     } catch (...) {
         // Nobody would watch the child: end it, reap it and report.
@@ -234,6 +244,8 @@ process::process(const std::string& a_id, const std::string& a_path,
         m_pid = 0;
         close_fd(m_out_read);
         close_fd(m_in_write);
+        close_fd(m_wake);
+        close_fd(m_pidfd);
         throw;
     }
     m_monitoring = true;
@@ -241,11 +253,13 @@ process::process(const std::string& a_id, const std::string& a_path,
 }
 
 process::~process() {
-    std::lock_guard<const mutex> l_hold(m_mutex);
-    if (!m_monitoring) return;
-    cancel_monitor_locked();
-    while (m_monitoring)
-        m_monitor_left.wait(m_mutex);
+    {
+        std::lock_guard<const mutex> l_hold(m_mutex);
+        cancel_monitor_locked();
+        while (m_monitoring)
+            m_monitor_left.wait(m_mutex);
+    }
+    close_fd(m_wake);
 }
 
 std::string process::get_id() const {
@@ -289,11 +303,11 @@ double process::get_system_time() const {
 
 void process::cancel_monitor_locked() {
     if (!m_monitoring) return;
-    try {
-        m_monitor.cancel();
-    } catch (const es::base&) {
-        // The monitor is known to run, so the cancel cannot miss; should it fail all the same,
-        // the monitor simply goes on watching.
+    m_stop.store(true);
+    const std::uint64_t l_one = 1;
+    if (::write(m_wake, &l_one, sizeof l_one) < 0) {
+        // The counter cannot overflow from one write per request; the flag is seen regardless
+        // at the next 100 ms check.
     }
 }
 
@@ -343,20 +357,16 @@ void process::operator()() {
     // Waits until the constructor has finished starting this thread.
     { std::lock_guard<const mutex> l_hold(m_mutex); }
 
-    // While the monitor may still be cancelled, leaving (by cancellation) closes its pipe ends
-    // and tells a waiting destructor that this object is free.
-    struct cancel_guard {
-        process& m_process;
-        bool m_armed = true;
-        ~cancel_guard() {
-            if (!m_armed) return;
-            close_fd(m_process.m_out_read);
-            close_fd(m_process.m_in_write);
-            std::lock_guard<const mutex> l_hold(m_process.m_mutex);
-            m_process.m_monitoring = false;
-            m_process.m_monitor_left.broadcast();
-        }
-    } l_guard{*this};
+    // A stop request (destructor, `terminate(true)`) makes the monitor let go: it closes its pipe
+    // ends and tells a waiting destructor that this object is free.
+    const auto l_let_go = [this] {
+        close_fd(m_out_read);
+        close_fd(m_in_write);
+        close_fd(m_pidfd);
+        std::lock_guard<const mutex> l_hold(m_mutex);
+        m_monitoring = false;
+        m_monitor_left.broadcast();
+    };
 
     // A child that ends without reading its input must not kill the host with SIGPIPE: the
     // monitor blocks the signal for itself and sees EPIPE instead.
@@ -373,13 +383,15 @@ void process::operator()() {
         if (m_input.empty()) close_fd(m_in_write);
         bool l_output_open = true;
         for (;;) {
-            pollfd l_fds[2];
+            if (!l_output_open && m_in_write < 0) break;  // nothing left to move
+            pollfd l_fds[3];
             nfds_t l_count = 0;
+            l_fds[l_count++] = pollfd{m_wake, POLLIN, 0};
             if (l_output_open) l_fds[l_count++] = pollfd{m_out_read, POLLIN, 0};
             if (m_in_write >= 0) l_fds[l_count++] = pollfd{m_in_write, POLLOUT, 0};
-            if (l_count == 0) break;  // nothing left to move: wait for the end below
             if (::poll(l_fds, l_count, k_poll_timeout_ms) > 0) {
-                for (nfds_t l_i = 0; l_i < l_count; ++l_i) {
+                if (m_stop.load()) return l_let_go();
+                for (nfds_t l_i = 1; l_i < l_count; ++l_i) {
                     if (l_fds[l_i].revents == 0) continue;
                     if (l_fds[l_i].fd == m_out_read) {
                         l_output_open = read_output();
@@ -402,12 +414,19 @@ void process::operator()() {
         }
     }
 
-    // Wait for the end without reaping, so the id stays the child's until the reap below.
+    // Wait for the end without reaping, so the id stays the child's until the reap below. The
+    // child's process descriptor wakes the wait at its end; without one the end is checked
+    // every 100 ms. A stop request wakes it too.
     siginfo_t l_info{};
     int l_waited;
-    while ((l_waited = ::waitid(P_PID, static_cast<id_t>(l_pid), &l_info, WEXITED | WNOWAIT)) ==
-               -1 &&
-           errno == EINTR) {
+    for (;;) {
+        l_info = siginfo_t{};
+        l_waited = ::waitid(P_PID, static_cast<id_t>(l_pid), &l_info, WEXITED | WNOHANG | WNOWAIT);
+        if (l_waited == -1 && errno == EINTR) continue;
+        if (l_waited == -1 || l_info.si_pid != 0) break;
+        pollfd l_fds[2] = {{m_wake, POLLIN, 0}, {m_pidfd, POLLIN, 0}};
+        ::poll(l_fds, m_pidfd >= 0 ? 2 : 1, m_pidfd >= 0 ? -1 : k_poll_timeout_ms);
+        if (m_stop.load()) return l_let_go();
     }
     if (m_flags & flag_pipes) {
         if (m_out_read >= 0) read_output();
@@ -417,9 +436,8 @@ void process::operator()() {
 
     {
         std::lock_guard<const mutex> l_hold(m_mutex);
-        // From here on the run completes: a cancel that comes now is not acted upon.
-        pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
-        l_guard.m_armed = false;
+        // From here on the run completes: a stop request that comes now is not acted upon.
+        close_fd(m_pidfd);
         m_monitoring = false;
         m_monitor_left.broadcast();
 
