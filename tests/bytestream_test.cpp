@@ -180,6 +180,7 @@ TEST(ByteStream, WriterFlushesWholeWordsAndOnDestruction) {
 TEST(ByteStream, WriterOutputIsByteExact) {
     log_wr sink;
     {
+        log_wr other;  // declared first: the writer flushes into it when destroyed
         bytestream::wr w(sink, 8);
         std::memcpy(w.write_at(3), "\x01\x02\x03", 3);
         w.align(4);  // one zero byte
@@ -190,7 +191,6 @@ TEST(ByteStream, WriterOutputIsByteExact) {
         w.skip(19);  // more than two blocks of zeros
         std::memcpy(w.write_at(2), "zz", 2);
         EXPECT_EQ(39u, w.tell());
-        log_wr other;
         w.clear(other);  // flushes to the old sink
         EXPECT_EQ(39u, sink.out.size());
         std::memcpy(w.write_at(1), "Q", 1);
