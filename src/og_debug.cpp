@@ -1,7 +1,6 @@
 // Debug output channels: the channel mask, printing, hex dumps, dumps to a file and assertions.
 #include <fcntl.h>
 
-#include <csignal>
 #include <cstdarg>
 #include <cstdint>
 #include <cstdio>
@@ -11,6 +10,7 @@
 #include "nubase/debug.hpp"
 #include "nubase/es.hpp"
 #include "nubase/file.hpp"
+#include "posix/stop.hpp"
 
 namespace nubase {
 namespace ds_og {
@@ -73,27 +73,6 @@ channel_mask g_mask;
 constexpr char k_hex[] = "0123456789abcdef";
 constexpr unsigned k_line = 79;
 
-// Ends the process with SIGABRT even when the signal is caught, the way `ds::abort` does.
-[[noreturn]] void stop_process() noexcept {
-    std::fclose(stdin);
-    std::fclose(stdout);
-    std::fclose(stderr);
-
-    sigset_t l_mask;
-    sigfillset(&l_mask);
-    sigdelset(&l_mask, SIGABRT);
-    sigprocmask(SIG_SETMASK, &l_mask, nullptr);
-    const bool l_first_raised = std::raise(SIGABRT) == 0;
-
-    struct sigaction l_action {};
-    l_action.sa_handler = SIG_DFL;
-    sigfillset(&l_action.sa_mask);
-    sigaction(SIGABRT, &l_action, nullptr);
-    const bool l_second_raised = std::raise(SIGABRT) == 0;
-
-    if (l_first_raised || l_second_raised) sigsuspend(&l_mask);
-    std::exit(1);
-}
 }  // namespace
 
 bool mask_bit(unsigned long long a_c) noexcept {
@@ -230,7 +209,7 @@ void abort_if(bool a_cond, const char* a_expr, const char* a_file, unsigned a_li
 
 void abort(const char* a_expr, const char* a_file, unsigned a_line) noexcept {
     print(0, "abort: '%s' [ %s:%u ]\n", a_expr ? a_expr : "n/a", a_file ? a_file : "n/a", a_line);
-    stop_process();
+    ds::detail::stop_process();
 }
 
 }  // namespace ds_og

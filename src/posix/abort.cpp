@@ -4,16 +4,13 @@
 #include <cstdlib>
 
 #include "nubase/es.hpp"
+#include "posix/stop.hpp"
 
 namespace nubase {
 namespace ds {
+namespace detail {
 
-void abort_va(const char* a_file, unsigned a_line, const char* a_format, va_list a_args) {
-    char l_message[1024];
-    l_message[0] = '\0';
-    if (a_format) std::vsnprintf(l_message, sizeof l_message, a_format, a_args);
-    std::fprintf(stdout, "Abort [%s:%u] '%s'", a_file ? a_file : "n/a", a_line, l_message);
-
+void stop_process() noexcept {
     // Closing the standard streams flushes whatever the process had buffered.
     std::fclose(stdin);
     std::fclose(stdout);
@@ -37,6 +34,17 @@ void abort_va(const char* a_file, unsigned a_line, const char* a_format, va_list
 
     if (l_first_raised || l_second_raised) sigsuspend(&l_mask);
     std::exit(1);
+}
+
+}  // namespace detail
+
+void abort_va(const char* a_file, unsigned a_line, const char* a_format, va_list a_args) {
+    char l_message[1024];
+    l_message[0] = '\0';
+    if (a_format) std::vsnprintf(l_message, sizeof l_message, a_format, a_args);
+    std::fprintf(stdout, "Abort [%s:%u] '%s'", a_file ? a_file : "n/a", a_line, l_message);
+
+    detail::stop_process();
 }
 
 void abort(const char* a_file, unsigned a_line, const char* a_format, ...) {
