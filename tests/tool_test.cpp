@@ -215,8 +215,9 @@ TEST_F(Tool, TimecodeCalculator) {
         const result got = run(r.args);
         EXPECT_EQ(r.code, got.code) << got.err;
         EXPECT_EQ(r.out, got.out);
-        if (r.code == 2) {
+        if (r.code == 2) {  // one line, "*** " first
             EXPECT_THAT(got.err, StartsWith("*** "));
+            EXPECT_EQ(1, std::count(got.err.begin(), got.err.end(), '\n')) << got.err;
         }
     }
 }

@@ -48,10 +48,8 @@ int run_command(const command& a_command, int a_argc, char** a_argv) {
     nubase::arg::optparser l_parser(&l_args);
     declare_common(l_parser);
     a_command.declare(l_parser);
-    if (!l_parser.parse(static_cast<unsigned>(a_argc), a_argv)) {
-        std::fprintf(stderr, "(see 'nubase %s --help')\n", a_command.name);
-        return k_exit_usage;
-    }
+    // The parser has printed its one "*** " line.
+    if (!l_parser.parse(static_cast<unsigned>(a_argc), a_argv)) return k_exit_usage;
     if (l_args.has(k_opt_help)) {
         print_manual(&a_command, l_args.has(k_opt_html));
         return k_exit_ok;
