@@ -1,6 +1,8 @@
 // The option parser's rules and the help formatter's exact output.
 #include "nubase/optparser.hpp"
 
+#include "capture.hpp"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -175,12 +177,7 @@ std::string help(bool html, Body body, unsigned width = 80) {
     std::FILE* f = std::tmpfile();
     p.set_output(f);
     body(p);
-    std::rewind(f);
-    std::string out;
-    for (int ch; (ch = std::fgetc(f)) != EOF;)
-        out += static_cast<char>(ch);
-    std::fclose(f);
-    return out;
+    return read_and_close(f);
 }
 
 TEST(HelpFormatter, OptionHeadersInBothModes) {

@@ -1,6 +1,8 @@
 // The unit-test registry and its runner, and the library's own units run through it.
 #include "nubase/test.hpp"
 
+#include "capture.hpp"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -51,12 +53,7 @@ std::string run_text(const std::string& selector, test::run_summary* summary = n
     std::FILE* f = std::tmpfile();
     const test::run_summary s = test::run(selector, f);
     if (summary) *summary = s;
-    std::rewind(f);
-    std::string out;
-    for (int ch; (ch = std::fgetc(f)) != EOF;)
-        out += static_cast<char>(ch);
-    std::fclose(f);
-    return out;
+    return read_and_close(f);
 }
 
 TEST(TestRegistry, SuitesAndUnitsInNameOrderCasesInRegistrationOrder) {

@@ -77,7 +77,12 @@ enum tc_option {
     k_from_tmcd = -6
 };
 
+// A whole unsigned number; base 16 also takes a "0x" prefix.
 bool parse_count(const std::string& a_text, std::uint64_t& a_value, int a_base = 10) {
+    if (a_base == 16 && a_text.size() > 2 && a_text[0] == '0' &&
+        (a_text[1] == 'x' || a_text[1] == 'X')) {
+        return parse_count(a_text.substr(2), a_value, 16);
+    }
     if (a_text.empty() || a_text[0] == '-' || a_text[0] == '+') return false;
     char* l_end = nullptr;
     errno = 0;
@@ -114,10 +119,7 @@ int run_tc(const arguments& a_args) {
     }
     if (l_from_tmcd) {
         std::uint64_t l_value = 0;
-        std::string l_text = a_args.value(k_from_tmcd);
-        if (l_text.size() > 2 && l_text[0] == '0' && (l_text[1] == 'x' || l_text[1] == 'X'))
-            l_text.erase(0, 2);
-        if (!parse_count(l_text, l_value, 16) || l_value > 0xFFFFFFFFu) {
+        if (!parse_count(a_args.value(k_from_tmcd), l_value, 16) || l_value > 0xFFFFFFFFu) {
             return user_error("invalid tmcd value '" + a_args.value(k_from_tmcd) + "'");
         }
         l_tmcd_value = static_cast<std::uint32_t>(l_value);
@@ -183,10 +185,7 @@ int run_scan(const arguments& a_args) {
         return user_error("--bits takes a number from 8 to 32");
     }
     if (a_args.has('c')) {
-        std::string l_text = a_args.value('c');
-        if (l_text.size() > 2 && l_text[0] == '0' && (l_text[1] == 'x' || l_text[1] == 'X'))
-            l_text.erase(0, 2);
-        if (!parse_count(l_text, l_code, 16) || (l_bits < 64 && l_code >> l_bits != 0)) {
+        if (!parse_count(a_args.value('c'), l_code, 16) || l_code >> l_bits != 0) {
             return user_error("invalid start code '" + a_args.value('c') + "' for " +
                               std::to_string(l_bits) + " bits");
         }
@@ -220,28 +219,20 @@ void declare_tc(nubase::arg::optparser& a_parser) {
 }
 
 void describe_tc(nubase::arg::optparser& a_parser) {
-    a_parser.add_desc(k_rate,
-                      "The rate: 24, 25, 30, 50, 60, 23.976, 29.97 or 59.94. The default "
-                      "is 29.97 for a timecode written with !Q!;!QE! before the frames, "
-                      "25 otherwise. 29.97 and 59.94 count in drop-frame when the "
-                      "timecode is written with !Q!;!QE!.");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc(k_add, "Add N frames.");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc(k_sub, "Subtract N frames.");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc(k_frames,
-                      "Also print the frame number of the result (real frames from "
-                      "00:00:00:00).");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc(k_tmcd, "Also print the result as a QuickTime tmcd value.");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc(k_from_frames, "Start from frame number N instead of a timecode.");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc(k_from_tmcd,
-                      "Start from a QuickTime tmcd value in hex (its drop flag "
-                      "chooses drop-frame).");
-    a_parser.add_desc_paragraph();
+    describe_options(
+        a_parser,
+        {{k_rate,
+          "The rate: 24, 25, 30, 50, 60, 23.976, 29.97 or 59.94. The default is 29.97 for "
+          "a timecode written with !Q!;!QE! before the frames, 25 otherwise. 29.97 and "
+          "59.94 count in drop-frame when the timecode is written with !Q!;!QE!."},
+         {k_add, "Add N frames."},
+         {k_sub, "Subtract N frames."},
+         {k_frames, "Also print the frame number of the result (real frames from 00:00:00:00)."},
+         {k_tmcd, "Also print the result as a QuickTime tmcd value."},
+         {k_from_frames, "Start from frame number N instead of a timecode."},
+         {k_from_tmcd,
+          "Start from a QuickTime tmcd value in hex (its drop flag chooses "
+          "drop-frame)."}});
 }
 
 void declare_scan(nubase::arg::optparser& a_parser) {
@@ -250,10 +241,8 @@ void declare_scan(nubase::arg::optparser& a_parser) {
 }
 
 void describe_scan(nubase::arg::optparser& a_parser) {
-    a_parser.add_desc('c', "The start code in hex (default 000001).");
-    a_parser.add_desc_paragraph();
-    a_parser.add_desc('b', "Its width in bits, 8 to 32 (default 24).");
-    a_parser.add_desc_paragraph();
+    describe_options(a_parser, {{'c', "The start code in hex (default 000001)."},
+                                {'b', "Its width in bits, 8 to 32 (default 24)."}});
 }
 
 }  // namespace nubase_tool

@@ -48,9 +48,10 @@ void declare_run(nubase::arg::optparser& a_parser) {
 }
 
 void describe_run(nubase::arg::optparser& a_parser) {
-    a_parser.add_desc(
-        'i', "Text to write to the program's standard input (default: none; its input is closed).");
-    a_parser.add_desc_paragraph();
+    describe_options(
+        a_parser,
+        {{'i',
+          "Text to write to the program's standard input (default: none; its input is closed)."}});
 }
 
 // ---- sysinfo ----------------------------------------------------------------------------------

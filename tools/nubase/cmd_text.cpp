@@ -160,9 +160,10 @@ void declare_url(nubase::arg::optparser& a_parser) {
 }
 
 void describe_url(nubase::arg::optparser& a_parser) {
-    a_parser.add_desc(
-        'b', "The directory that a relative path is taken from (default: the working directory).");
-    a_parser.add_desc_paragraph();
+    describe_options(
+        a_parser,
+        {{'b',
+          "The directory that a relative path is taken from (default: the working directory)."}});
 }
 
 void declare_none(nubase::arg::optparser&) {}

@@ -26,6 +26,14 @@ void paragraph(nubase::arg::optparser& a_parser, const std::string& a_text) {
 
 }  // namespace
 
+void describe_options(nubase::arg::optparser& a_parser,
+                      std::initializer_list<std::pair<int, const char*>> a_options) {
+    for (const auto& l_option : a_options) {
+        a_parser.add_desc(l_option.first, l_option.second);
+        a_parser.add_desc_paragraph();
+    }
+}
+
 void print_manual(const command* a_command, bool a_html) {
     arguments l_unused;
     nubase::arg::optparser l_parser(&l_unused);
@@ -70,10 +78,9 @@ void print_manual(const command* a_command, bool a_html) {
         a_command->declare(l_parser);
         a_command->describe(l_parser);
     }
-    l_parser.add_desc(k_opt_help, "Print this manual page and exit.");
-    l_parser.add_desc_paragraph();
-    l_parser.add_desc(k_opt_html, "With !S!--help!SE!, print the manual page as HTML.");
-    l_parser.add_desc_paragraph();
+    describe_options(l_parser,
+                     {{k_opt_help, "Print this manual page and exit."},
+                      {k_opt_html, "With !S!--help!SE!, print the manual page as HTML."}});
 
     section(l_parser, "SUMMARY");
     paragraph(l_parser, k_exit_codes);

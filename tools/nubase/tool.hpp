@@ -10,7 +10,9 @@
 #ifndef NUBASE_TOOL_TOOL_HPP
 #define NUBASE_TOOL_TOOL_HPP
 
+#include <initializer_list>
 #include <map>
+#include <utility>
 #include <string>
 #include <vector>
 
@@ -58,6 +60,10 @@ const std::vector<command>& commands();
 
 // Prints "*** <message>" on standard error and returns k_exit_usage.
 int user_error(const std::string& a_message);
+
+// Describes options in the OPTIONS section: `add_desc(id, text)` and a paragraph break each.
+void describe_options(nubase::arg::optparser& a_parser,
+                      std::initializer_list<std::pair<int, const char*>> a_options);
 
 // Writes the manual page of the tool (null command) or of one command, fitted to the terminal.
 void print_manual(const command* a_command, bool a_html);
