@@ -11,45 +11,41 @@
 #include "nubase/es.hpp"
 #include "nubase/buffer.hpp"
 #include "nubase/refcount.hpp"
+#include "nubase/debug.hpp"
+
+// streams and codings
+#include "nubase/stream.hpp"
+#include "nubase/bytestream.hpp"
+#include "nubase/bitstream.hpp"
+#include "nubase/coding.hpp"
 
 // text
 #include "nubase/string.hpp"
 #include "nubase/strutil.hpp"
 #include "nubase/conv.hpp"
 
+// locators
+#include "nubase/path.hpp"
+#include "nubase/url.hpp"
+#include "nubase/urlpath.hpp"
+#include "nubase/ident.hpp"
+
 // time
 #include "nubase/timestamp.hpp"
 #include "nubase/timecode.hpp"
-
-// streams
-#include "nubase/stream.hpp"
-#include "nubase/bytestream.hpp"
-#include "nubase/bitstream.hpp"
-
-// codings
-#include "nubase/coding.hpp"
-
-// locators: paths
-#include "nubase/path.hpp"
-#include "nubase/urlpath.hpp"
-
-// system: environment queries
-#include "nubase/env.hpp"
-
-// system: files, debug channels
-#include "nubase/file.hpp"
-#include "nubase/debug.hpp"
-
-// system: child processes
-#include "nubase/process.hpp"
-
-// locators: URLs and identifier schemes
-#include "nubase/url.hpp"
-#include "nubase/ident.hpp"
 
 // concurrency
 #include "nubase/sync.hpp"
 #include "nubase/thread.hpp"
 #include "nubase/callqueue.hpp"
+
+// system
+#include "nubase/env.hpp"
+#include "nubase/process.hpp"
+#include "nubase/file.hpp"
+
+// options and tests
+#include "nubase/optparser.hpp"
+#include "nubase/test.hpp"
 
 #endif  // NUBASE_NUBASE_HPP
