@@ -4,6 +4,7 @@
 // the timecode sample, turns it into a timecode and posts a named call with the wait flag to the
 // call queue, which the main thread (the queue's thread) runs.
 // Road 2: typed file names become "file:" URLs and come back as Windows or UNC paths.
+#include <atomic>
 #include <cstdio>
 #include <string>
 
@@ -25,17 +26,17 @@ namespace {
 // The call the worker posts: shows the timecode on the queue's thread.
 class show_timecode : public nubase::callqueue_object {
   public:
-    explicit show_timecode(std::string a_label) : m_label(std::move(a_label)) {}
+    show_timecode(std::string a_label, std::atomic<bool>& a_shown)
+        : m_label(std::move(a_label)), m_shown(a_shown) {}
     void call() override {
         std::printf("road 1: call '%s' ran on the main thread: start timecode %s\n",
                     get_id().c_str(), m_label.c_str());
         m_shown = true;
     }
-    bool shown() const { return m_shown; }
 
   private:
     std::string m_label;
-    bool m_shown = false;
+    std::atomic<bool>& m_shown;
 };
 
 // The worker: parse, convert, post and wait.
@@ -60,19 +61,18 @@ class parse_header : public nubase::thread_base {
             m_movie.size(), rate_text(l_track.time_scale, l_track.frame_duration).c_str(),
             l_track.drop_frame() ? "drop-frame" : "non-drop", l_frame, l_tc.as_quicktime_tmcd());
         std::fflush(stdout);
-        m_job = new show_timecode(nubase::string_with_timecode(l_tc));
-        nubase::callqueue::instance().add_call(m_job, "show timecode",
+        const nubase::ptr_refcount<show_timecode> l_job(
+            new show_timecode(nubase::string_with_timecode(l_tc), m_shown));
+        nubase::callqueue::instance().add_call(l_job, "show timecode",
                                                nubase::callqueue::flag_wait);
-        m_done = true;
     }
 
-    bool done() const { return m_done; }
-    bool shown() const { return m_job && m_job->shown(); }
+    // Set by the call, on the queue's thread.
+    bool shown() const { return m_shown; }
 
   private:
     const nubase::buffer& m_movie;
-    nubase::ptr_refcount<show_timecode> m_job;
-    volatile bool m_done = false;
+    std::atomic<bool> m_shown{false};
 };
 
 }  // namespace
