@@ -187,6 +187,17 @@ void replace_part(std::string& a_u, const part& a_p, const std::string& a_text, 
     if (!a_p.present) a_u.insert(a_p.first, 1, a_delim);
 }
 
+// After an edit behind the authority: the authority scan may read the edited text differently
+// (new parameters behind an authority that a ';' does not end, an '@' or '/' that came or went
+// where the scan runs on into the fragment). A '/' where the authority ended before puts the
+// end back there; the text in front of that position is unchanged, so the scan stops at it.
+std::string& keep_authority(std::string& a_u, const layout& a_before) {
+    if (!a_before.slashes) return a_u;
+    const layout l_after = scan(a_u);
+    if (l_after.b != a_before.b) a_u.insert(a_before.b, 1, '/');
+    return a_u;
+}
+
 // Sets the authority text (already encoded). A new or changed authority gets "//" in front when
 // it has none and a '/' behind when the text behind would otherwise be read as part of it (the
 // check is made by scanning the result); an empty one is removed with its "//".
@@ -506,15 +517,8 @@ std::string& url_set_path(std::string& a_u, const std::string& a_path, bool a_en
     const std::size_t l_end = path_end(a_u.data(), l);
     const std::string l_text = encoded(a_path, a_encode, false);
     a_u.replace(l.b, l_end - l.b, l_text);
-    if (l_text.empty() && l.slashes && l_end > l.b) {
-        // What followed the path may now read as part of the authority (parameters behind an
-        // authority that a ';' does not end, a fragment that holds a '/'): keep a "/" then.
-        const layout l_new = scan(a_u);
-        if (l_new.a != l.a || l_new.b != l.b) a_u.insert(l.b, 1, '/');
-        return a_u;
-    }
     if (!l_text.empty() && l_text[0] != '/' && l.slashes) a_u.insert(l.b, 1, '/');
-    return a_u;
+    return keep_authority(a_u, l);
 }
 
 std::string& url_set_params(std::string& a_u, const std::string& a_params, bool a_encode) {
@@ -522,22 +526,19 @@ std::string& url_set_params(std::string& a_u, const std::string& a_params, bool 
     const part l_p = params_part(a_u.data(), l);
     const std::string l_text = encoded(a_params, a_encode, true);
     replace_part(a_u, l_p, l_text, ';');
-    // Behind an authority that does not end at ';', new parameters need a path to stand on.
-    if (!l_text.empty() && !l_p.present && l.slashes && !l.semi_ends && l_p.first == l.b)
-        a_u.insert(l_p.first, 1, '/');
-    return a_u;
+    return keep_authority(a_u, l);
 }
 
 std::string& url_set_query(std::string& a_u, const std::string& a_query, bool a_encode) {
     const layout l = scan(a_u);
     replace_part(a_u, query_part(a_u.data(), l), encoded(a_query, a_encode, true), '?');
-    return a_u;
+    return keep_authority(a_u, l);
 }
 
 std::string& url_set_fragment(std::string& a_u, const std::string& a_fragment, bool a_encode) {
     const layout l = scan(a_u);
     replace_part(a_u, fragment_part(l), encoded(a_fragment, a_encode, true), '#');
-    return a_u;
+    return keep_authority(a_u, l);
 }
 
 std::string& url_set_params(std::string& a_u, const kvmap& a_m, bool a_encode, char a_pair_sep,

@@ -232,6 +232,12 @@ TEST(Url, PartSetters) {
         {"p://h#f/x", "a", 'a', "p://a/h#f/x"},
         {"p:////x", "", 'a', "p:////x"},  // removing the "//" would make "//x" an authority
         {"p://old?q", "u@n", 'a', "p://u%40n?q"},
+        // Where the authority scan runs on into the fragment, an edit may change what it finds;
+        // a '/' keeps the authority where it was.
+        {"s://D;u@#O;p", "v", 'm', "s:///D;v#O;p"},  // no '@' left: "D;v" would be the authority
+        {"s://a@b#x;y", "", 'f', "s:///a@b"},        // the fragment's ';' made the authority empty
+        {"s://u@h#x/", "a", 'f', "s:///u@h#a"},  // without the fragment's '/' "u@h" would be one
+        {"s://D;u@?q#O;p", "", 'q', "s://D;u@/#O;p"},  // the '?' ended the authority "D;u@"
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(std::string(r.in) + " <- " + r.value + " as " + r.part);

@@ -157,7 +157,10 @@ NUBASE_API std::string& url_set_path(std::string& a_u, const std::string& a_path
 // Parameters, query and fragment, with their delimiters ';', '?' and '#'. A delimiter is not
 // doubled when the empty part already has it ("h:/p?#f" with "a" gives "h:/p?a#f"). New
 // parameters right behind an authority that would swallow the ';' (one with neither '@' nor a
-// bracketed host) get a '/' path in front: "p://h" with "x" gives "p://h/;x".
+// bracketed host) get a '/' path in front: "p://h" with "x" gives "p://h/;x". The same '/' keeps
+// the authority in place where an edit of the path, parameters, query or fragment would change
+// how far the authority scan reads: "s://D;u@#O;p" (authority "", path "D", parameters "u@")
+// with the parameters "v" gives "s:///D;v#O;p", not "s://D;v#O;p" with the authority "D;v".
 NUBASE_API std::string& url_set_params(std::string& a_u, const std::string& a_params,
                                        bool a_encode = true);
 [[nodiscard]] NUBASE_API std::string url_new_params(const std::string& a_u,
