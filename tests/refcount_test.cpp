@@ -6,6 +6,7 @@
 #include <atomic>
 #include <thread>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -78,6 +79,34 @@ TEST(Refcount, PointerRetainsReleasesAndSurvivesSelfAssignment) {
         none = ptr_refcount<counted>();
         other = none;
         EXPECT_EQ(2, p->refcount());
+    }
+    EXPECT_EQ(2, deaths.load());
+}
+
+TEST(Refcount, MovingHandsTheReferenceOverWithoutCounting) {
+    std::atomic<int> deaths{0};
+    {
+        ptr_refcount<counted> p(new counted(&deaths));
+        ptr_refcount<counted> q(std::move(p));
+        EXPECT_FALSE(p);  // NOLINT(bugprone-use-after-move): moved-from is documented null
+        EXPECT_EQ(1, q->refcount());
+        ptr_refcount<object_refcount> base(std::move(q));  // derived to base
+        EXPECT_FALSE(q);                                   // NOLINT(bugprone-use-after-move)
+        EXPECT_EQ(1, base->refcount());
+
+        ptr_refcount<object_refcount> other(new counted(&deaths));
+        other = std::move(base);  // the old object goes
+        EXPECT_EQ(1, deaths.load());
+        EXPECT_EQ(1, other->refcount());
+        ptr_refcount<object_refcount>& alias = other;
+        other = std::move(alias);  // self-move keeps the reference
+        ASSERT_TRUE(other);
+        EXPECT_EQ(1, other->refcount());
+
+        object_refcount* const raw = other.detach();  // the caller now owns the reference
+        EXPECT_FALSE(other);
+        EXPECT_EQ(1, raw->refcount());
+        raw->release();
     }
     EXPECT_EQ(2, deaths.load());
 }

@@ -58,7 +58,8 @@ class NUBASE_API object_refcount {
 
 // The owning pointer: holds one reference to a T (derived from object_refcount), or null.
 // Construction from a pointer and copying retain; destruction releases. Assignment retains the
-// new object before releasing the old one, so self-assignment is safe.
+// new object before releasing the old one, so self-assignment is safe. Moving hands the
+// reference over without touching the count and leaves the source null.
 template <class T>
 class ptr_refcount {
   public:
@@ -66,6 +67,17 @@ class ptr_refcount {
         if (m_object) m_object->retain();
     }
     ptr_refcount(const ptr_refcount& a_other) noexcept : ptr_refcount(a_other.m_object) {}
+    ptr_refcount(ptr_refcount&& a_other) noexcept : m_object(a_other.detach()) {}
+    template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+    ptr_refcount(ptr_refcount<U>&& a_other) noexcept  // NOLINT: implicit like T* from U*
+        : m_object(a_other.detach()) {}
+    ptr_refcount& operator=(ptr_refcount&& a_other) noexcept {
+        if (&a_other == this) return *this;
+        T* const l_old = m_object;
+        m_object = a_other.detach();
+        if (l_old) l_old->release();
+        return *this;
+    }
     // From a pointer to a derived class: `ptr_refcount<callqueue_object> p = job;`.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     ptr_refcount(const ptr_refcount<U>& a_other) noexcept  // NOLINT: implicit like T* from U*
@@ -78,6 +90,14 @@ class ptr_refcount {
     }
     ~ptr_refcount() {
         if (m_object) m_object->release();
+    }
+
+    // Gives up the reference without releasing it: returns the object (or null) and leaves
+    // this pointer null. The caller now owns that reference and must release it.
+    [[nodiscard]] T* detach() noexcept {
+        T* const l_object = m_object;
+        m_object = nullptr;
+        return l_object;
     }
 
     T* get() const noexcept { return m_object; }
