@@ -2,10 +2,12 @@
 #include <pthread.h>
 
 #include <mutex>
+#include <utility>
 #include <cxxabi.h>
 
 #include "nubase/callqueue.hpp"
 #include "nubase/string.hpp"
+#include "posix/spin.hpp"
 #include "raise.hpp"
 
 namespace nubase {
@@ -27,10 +29,25 @@ bool on_queue_thread() noexcept {
     return pthread_equal(pthread_self(), g_thread_id) != 0;
 }
 
+// Gives a posted object its name. An object posted again under the same name is not written
+// to: the common repeat posting then leaves the object's memory to the queue's thread.
+inline void name(callqueue_object& a_object, const std::string& a_name) {
+    if (a_object.get_id() != a_name) a_object.set_id(a_name);
+}
+
 }  // namespace
 
 callqueue_object::callqueue_object() = default;
 callqueue_object::~callqueue_object() = default;
+
+void callqueue_object::wait() const {
+    struct counted {
+        int& waiters;
+        explicit counted(int& a_waiters) : waiters(a_waiters) { ++waiters; }
+        ~counted() { --waiters; }
+    } l_counted(m_waiters);
+    m_condition.wait(m_mutex);
+}
 
 callqueue& callqueue::instance() {
     static callqueue s_instance;
@@ -58,7 +75,7 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_object, const std::str
                             .c_str());
     }
     if (!a_object) NUBASE_RAISE(null, "Cannot add a null call to callqueue");
-    a_object->set_id(a_name);
+    name(*a_object, a_name);
     if (is_duplicate(a_name, a_flags)) return;
 
     const bool l_own_thread = on_queue_thread();
@@ -67,16 +84,29 @@ void callqueue::add_call(ptr_refcount<callqueue_object> a_object, const std::str
         return;
     }
     if (!l_own_thread && (a_flags & flag_wait)) {
-        // The object's mutex is held from before the append until the wait releases it, so the
-        // queue's thread cannot finish the call (it takes that mutex) before this thread waits.
-        bool l_done = false;
-        hold l_hold(a_object->m_mutex);
+        // `done` is set under the object's mutex once the call has run; the entry takes a
+        // reference of its own, and this one keeps the object alive for the wait.
+        std::atomic<bool> l_done{false};
+        std::unique_lock<const mutex> l_hold(a_object->m_mutex, std::defer_lock);
+        // Alone on one processor, the object's mutex is held from before the append until the
+        // wait releases it, so the queue's thread cannot finish the call (it takes that mutex)
+        // before this thread waits. With another processor the call may well finish within a
+        // short poll, which spares both threads a sleep and a wake-up; the flag is then checked
+        // under the mutex before each wait, so a signal sent before the wait is not needed.
+        const bool l_poll = detail::spinning_pays();
+        if (!l_poll) l_hold.lock();
         append(m_pending, a_object, &l_done);
-        while (!l_done)
+        if (l_poll) {
+            if (detail::spin_until([&] { return l_done.load(std::memory_order_acquire); },
+                                   detail::k_spin_ns))
+                return;
+            l_hold.lock();
+        }
+        while (!l_done.load(std::memory_order_relaxed))
             a_object->wait();
         return;
     }
-    append(m_pending, a_object, nullptr);
+    append(m_pending, std::move(a_object), nullptr);
 }
 
 void callqueue::add_exit_call(ptr_refcount<callqueue_object> a_object, const std::string& a_name,
@@ -85,9 +115,9 @@ void callqueue::add_exit_call(ptr_refcount<callqueue_object> a_object, const std
         NUBASE_RAISE_AT(143, call, "Cannot add call to callqueue: callqueue has already exit()ed.");
     }
     if (!a_object) NUBASE_RAISE(null, "Cannot add a null call to callqueue");
-    a_object->set_id(a_name);
+    name(*a_object, a_name);
     if (is_duplicate(a_name, a_flags)) return;
-    append(m_exit_calls, a_object, nullptr);
+    append(m_exit_calls, std::move(a_object), nullptr);
 }
 
 void callqueue::run() {
@@ -143,13 +173,14 @@ bool callqueue::wait_for_calls(const timestamp& a_timeout) {
     return !m_pending.empty();
 }
 
-void callqueue::append(std::vector<entry>& a_list, const ptr_refcount<callqueue_object>& a_object,
-                       bool* a_done) {
+void callqueue::append(std::vector<entry>& a_list, ptr_refcount<callqueue_object> a_reference,
+                       std::atomic<bool>* a_done) {
     bool l_wake;
     {
         hold l_hold(m_mutex);
-        a_list.push_back(entry{a_object.get(), a_done});
-        a_object->retain();
+        a_list.push_back(entry{a_reference.get(), a_done});
+        // The entry owns the reference handed in; `run()` or `exit()` releases it.
+        static_cast<void>(a_reference.detach());
         // Only the first pending call wakes a sleeping queue's thread: it takes them all.
         l_wake = m_sleeping && &a_list == &m_pending && a_list.size() == 1;
         if (l_wake) m_sleeping = false;
@@ -158,7 +189,10 @@ void callqueue::append(std::vector<entry>& a_list, const ptr_refcount<callqueue_
 }
 
 bool callqueue::is_duplicate(const std::string& a_name, unsigned int a_flags) {
-    if (!(a_flags & flag_unique)) return false;
+    return (a_flags & flag_unique) != 0 && seen_before(a_name);
+}
+
+bool callqueue::seen_before(const std::string& a_name) {
     hold l_hold(m_mutex);
     return !m_unique_names.insert(a_name).second;
 }
@@ -173,6 +207,7 @@ void callqueue::execute(std::vector<entry>& a_list, std::vector<entry>& a_origin
                 const callqueue_object* object;
                 ~releaser() { object->release(); }
             } l_releaser{l_entry.object};
+            bool l_wake;
             {
                 hold l_hold(l_entry.object->m_mutex);
                 try {
@@ -182,18 +217,21 @@ void callqueue::execute(std::vector<entry>& a_list, std::vector<entry>& a_origin
                     // the call: it must pass on, and the waiter is released all the same. Any
                     // other failure is the call's own affair: the queue goes on with the next.
                     if (!abi::__cxa_current_exception_type()) {
-                        if (l_entry.done) *l_entry.done = true;
+                        if (l_entry.done) l_entry.done->store(true, std::memory_order_release);
                         l_entry.object->m_condition.broadcast();
                         unpoison_unwound_stack();
                         throw;
                     }
                 }
-                if (l_entry.done) *l_entry.done = true;
+                if (l_entry.done) l_entry.done->store(true, std::memory_order_release);
+                // Waiters count themselves under the mutex, so none can be missed here; a call
+                // nobody waits for skips the wake-up.
+                l_wake = l_entry.done != nullptr || l_entry.object->m_waiters != 0;
             }
             // Several threads may wait on one object, each for its own posting: wake them all
             // and let each check its own flag. Waking after the unlock spares the waiter a block
             // on the mutex; the entry's reference keeps the object alive until then.
-            l_entry.object->m_condition.broadcast();
+            if (l_wake) l_entry.object->m_condition.broadcast();
         }
     } catch (...) {
         // Leave the calls not yet run queued, in order, for a later run.

@@ -3,6 +3,7 @@
 #include "nubase/callqueue.hpp"
 
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -55,6 +56,16 @@ void expect_raise(F a_body, unsigned a_line, const std::string& a_message) {
     }
 }
 
+// Restricts the calling thread, and the threads it starts, to the processor it runs on. The
+// queue's posters and its thread poll each other briefly when the process has several
+// processors and block at once when it has one; tests run both ways.
+void pin_to_one_cpu() {
+    cpu_set_t set;
+    CPU_ZERO(&set);
+    CPU_SET(sched_getcpu(), &set);
+    ASSERT_EQ(0, sched_setaffinity(0, sizeof set, &set));
+}
+
 class CallQueue : public ::testing::Test {
   protected:
     void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
@@ -70,6 +81,16 @@ void in_fresh_process(const std::function<void()>& a_body) {
             std::exit(::testing::Test::HasFailure() || g_live != 0 ? 1 : 0);
         },
         ::testing::ExitedWithCode(0), "");
+}
+
+// Runs `a_body` in two fresh processes: one as started, one pinned to a single processor.
+void on_one_and_on_every_cpu(const std::function<void()>& a_body) {
+    for (const bool one_cpu : {false, true}) {
+        in_fresh_process([&] {
+            if (one_cpu) pin_to_one_cpu();
+            a_body();
+        });
+    }
 }
 
 TEST_F(CallQueue, OwnThreadRunsAtOnceUnlessDeferred) {
@@ -126,7 +147,7 @@ TEST_F(CallQueue, UniqueNameIsAcceptedOnceInTheQueuesLife) {
 }
 
 TEST_F(CallQueue, WaitingPosterReturnsOnlyAfterExecution) {
-    in_fresh_process([] {
+    on_one_and_on_every_cpu([] {
         callqueue& q = callqueue::instance();
         for (bool throws : {false, true}) {
             std::atomic<bool> executed{false}, returned{false};
@@ -215,7 +236,7 @@ TEST_F(CallQueue, WaitForCallsSleepsUntilAPostOrTheTimeOut) {
 }
 
 TEST_F(CallQueue, ThreadExitInsideACallReleasesItsWaiter) {
-    in_fresh_process([] {
+    on_one_and_on_every_cpu([] {
         // The queue's thread is a library thread that ends itself inside a call.
         struct server : nubase::thread_base {
             std::atomic<bool> ready{false};
@@ -238,7 +259,7 @@ TEST_F(CallQueue, ThreadExitInsideACallReleasesItsWaiter) {
 }
 
 TEST_F(CallQueue, StressEveryCallOnceInPerThreadOrder) {
-    in_fresh_process([] {
+    on_one_and_on_every_cpu([] {
         constexpr int k_threads = 4, k_calls = 3000;
         callqueue& q = callqueue::instance();
         // Touched only on the queue's thread, by the calls.
