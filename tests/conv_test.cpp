@@ -1,6 +1,4 @@
 // Number conversions, percentages, four-character codes, version order and random helpers.
-// Expected values are worked by hand from the C library's documented strtol-family rules and
-// the packing rule in nubase/conv.hpp.
 #include "nubase/conv.hpp"
 
 #include <gtest/gtest.h>

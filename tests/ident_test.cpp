@@ -1,5 +1,4 @@
-// Identifier schemes: the stored forms, the plid's field layout, and the setters that share one
-// operation behaving identically.
+// Identifier schemes: stored forms, the plid's fields, and setters that share one operation.
 #include "nubase/ident.hpp"
 
 #include <gtest/gtest.h>

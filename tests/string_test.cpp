@@ -1,6 +1,4 @@
-// Byte-string helpers: building, pattern-first tests, the replacement restart rules, trimming,
-// splitting, truncation and alignment. Expected values are worked by hand from the rules in
-// nubase/string.hpp.
+// Byte-string helpers: building, pattern-first tests, replacement, trimming, truncation, alignment.
 #include "nubase/string.hpp"
 
 #include <gtest/gtest.h>

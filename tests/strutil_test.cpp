@@ -1,5 +1,4 @@
-// Tokenizers, joiners, key-value strings and replacement tables. Expected values are worked by
-// hand from the rules in nubase/strutil.hpp.
+// Tokenizers, joiners, key-value strings and replacement tables.
 #include "nubase/strutil.hpp"
 
 #include <gtest/gtest.h>
@@ -44,7 +43,7 @@ TEST(Strutil, TokenizeOneSeparatorOrAny) {
 TEST(Strutil, LineBreakingTakesTheNearerSeparator) {
     struct row {
         std::string s;
-        unsigned width;
+        int width;  // a plain int picks the line-breaking form, not the quote form
         pieces expected;
     };
     const row l_rows[] = {
@@ -64,10 +63,6 @@ TEST(Strutil, LineBreakingTakesTheNearerSeparator) {
         su::tokenize_string(l_r.s, ' ', l_r.width, l_out);
         EXPECT_EQ(l_r.expected, l_out);
     }
-    // A plain int width picks the line-breaking form, not the quote form.
-    pieces l_out;
-    su::tokenize_string("aaaa bbbb cccc dddd", ' ', 10, l_out);
-    EXPECT_EQ((pieces{"aaaa bbbb", "cccc dddd"}), l_out);
 }
 
 TEST(Strutil, QuotesAndBracketsProtectSeparators) {
@@ -172,15 +167,10 @@ TEST(Strutil, ReplacementTables) {
 TEST(Strutil, BufferToString) {
     const unsigned char l_bytes[] = {'a', 0, 0xFF, 'b'};
     const nubase::buffer l_b(4ULL, l_bytes);
-    EXPECT_EQ(
-        "a\0\xFF"
-        "b"s,
-        su::buffer_to_string(l_b));
+    const std::string l_expected(reinterpret_cast<const char*>(l_bytes), 4);
+    EXPECT_EQ(l_expected, su::buffer_to_string(l_b));
     std::string l_out = "previous text";
-    EXPECT_EQ(
-        "a\0\xFF"
-        "b"s,
-        su::buffer_to_string(l_out, l_b));
+    EXPECT_EQ(l_expected, su::buffer_to_string(l_out, l_b));
     EXPECT_EQ("", su::buffer_to_string(l_out, nubase::buffer(0ULL)));
 }
 
