@@ -69,10 +69,7 @@ TEST(BitStream, BoundaryAlignAndEndOfData) {
     r.align(8);
     EXPECT_TRUE(r.has_bits(8));
     EXPECT_FALSE(r.has_bits(9));
-    EXPECT_EQ(1u, r.tell());
     EXPECT_EQ(0x0Fu, r.read(8));
-    EXPECT_EQ(0u, r.read(32));  // past the end: zeros, nothing raised
-    EXPECT_EQ(2u, r.tell());
     EXPECT_EQ(0u, r.read(0));
     unsigned char out[2];
     try {
@@ -83,7 +80,7 @@ TEST(BitStream, BoundaryAlignAndEndOfData) {
     }
 }
 
-TEST(BitStream, FieldsStraddlingWordsAndRefillsMatchTheModel) {
+TEST(BitStream, FieldsRunsAndRefillsMatchTheModel) {
     const std::vector<unsigned char> data = random_bytes(997, 7);
     std::mt19937 g(11);
     for (unsigned long long block : {4ULL, 12ULL, 64ULL}) {
@@ -101,6 +98,14 @@ TEST(BitStream, FieldsStraddlingWordsAndRefillsMatchTheModel) {
                 } else if (op == 1) {
                     r.align(8);
                     pos = (pos + 7) & ~7ULL;
+                } else if (op == 2 && pos + 8 * 150 <= data.size() * 8) {
+                    // A byte run at any bit position.
+                    unsigned char run[150];
+                    const unsigned n = 1 + g() % 150;
+                    ASSERT_EQ(n, r.read(run, n, 1)) << pos;
+                    for (unsigned i = 0; i < n; ++i)
+                        ASSERT_EQ(field_at(data, pos + 8 * i, 8), run[i]) << pos;
+                    pos += 8 * n;
                 } else {
                     const unsigned n = 1 + g() % 32;
                     ASSERT_EQ(field_at(data, pos, n), r.peek(n)) << pos;
@@ -115,26 +120,15 @@ TEST(BitStream, FieldsStraddlingWordsAndRefillsMatchTheModel) {
     }
 }
 
-TEST(BitStream, ByteRunsAtAnyBitPosition) {
-    const std::vector<unsigned char> data = random_bytes(200, 3);
-    for (unsigned lead : {0u, 3u, 8u}) {
-        SCOPED_TRACE(lead);
-        piece_rd src(data, 7);
-        bitstream::rd r(src, 8);
-        if (lead) r.read(lead);
-        std::vector<unsigned char> out(150);
-        EXPECT_EQ(150u, r.read(out.data(), 150, 1));
-        for (unsigned i = 0; i < 150; ++i)
-            ASSERT_EQ(field_at(data, lead + 8 * i, 8), out[i]) << i;
-        EXPECT_EQ(field_at(data, lead + 1200, 5), r.read(5));
-    }
-}
-
 TEST(BitStream, WriterRoundTripWithSkipsAlignsAndRuns) {
     std::mt19937 g(5);
     for (unsigned long long block : {8ULL, 20ULL}) {
         SCOPED_TRACE(block);
         std::vector<bool> bits;  // the model of the output
+        const auto put = [&bits](std::uint32_t v, unsigned n) {
+            for (unsigned b = n; b-- > 0;)
+                bits.push_back(v >> b & 1);
+        };
         vec_wr sink;
         {
             bitstream::wr w(sink, block);
@@ -146,23 +140,18 @@ TEST(BitStream, WriterRoundTripWithSkipsAlignsAndRuns) {
                     bits.insert(bits.end(), n, false);
                 } else if (op == 1) {
                     w.align(8);
-                    while (bits.size() % 8)
-                        bits.push_back(false);
+                    bits.resize((bits.size() + 7) & ~std::size_t{7}, false);
                 } else if (op == 2) {
                     unsigned char run[40];
                     const unsigned n = g() % 40;
                     for (unsigned k = 0; k < n; ++k)
-                        run[k] = static_cast<unsigned char>(g());
+                        put(run[k] = static_cast<unsigned char>(g()), 8);
                     w.write(run, n, 1);
-                    for (unsigned k = 0; k < n; ++k)
-                        for (int b = 7; b >= 0; --b)
-                            bits.push_back(run[k] >> b & 1);
                 } else {
                     const unsigned n = 1 + g() % 32;
                     const std::uint32_t v = g();  // bits above n must be ignored
                     w.write(v, n);
-                    for (int b = static_cast<int>(n) - 1; b >= 0; --b)
-                        bits.push_back(v >> b & 1);
+                    put(v, n);
                 }
                 ASSERT_EQ((bits.size() + 7) / 8, w.tell());
             }
@@ -182,22 +171,15 @@ long long model_find(const std::vector<unsigned char>& d, unsigned long long sta
 }
 
 TEST(BitStream, FindMatchesTheModelForEveryPatternStepAndAlignment) {
-    {
-        piece_rd src({0x00, 0x00, 0x00, 0x01, 0xB3}, 100);
-        bitstream::rd r(src, 8);
-        EXPECT_TRUE(r.find(1, 24, 8, 8));
-        EXPECT_EQ(0xB3u, r.read(8));
-    }
     // Start codes planted at odd places, in data long enough to use the vector scan and to
     // straddle refills of a small block.
     std::vector<unsigned char> data = random_bytes(3000, 9);
     for (unsigned at : {5u, 62u, 63u, 64u, 127u, 500u, 1021u, 1024u, 2998u}) {
-        data[at - 2] = 0;
-        data[at - 1] = 0;
+        data[at - 2] = data[at - 1] = 0;
         data[at] = 1;
     }
     data[1500] = 0x47;
-    struct row {
+    const struct {
         std::uint32_t pattern;
         unsigned bits, step, align;
     } rows[] = {

@@ -29,9 +29,12 @@ buffer buffer_of(const std::string& s) {
     return buffer(bytes(s), bytes(s) + s.size());
 }
 
+constexpr const char* k_network_source = "lib/nubase/include/nubase/coding";
+constexpr const char* k_out_of_range = "buffer offset out of range";
+
 // Runs `call` and checks that it raises `es::arg` with the given identity.
 template <class Call>
-void expect_arg(Call call, const char* source, const char* message) {
+void expect_arg(Call call, const char* source, const char* message = "n/a") {
     try {
         call();
         ADD_FAILURE() << "no es::arg raised";
@@ -41,9 +44,8 @@ void expect_arg(Call call, const char* source, const char* message) {
     }
 }
 
-// ---- base64 and hex: known answers ----------------------------------------------------------
-
-// Checks a table of known pairs through the buffer and string forms of a coding, both ways.
+// Checks known pairs through the buffer and string forms of a coding, both ways (encoding only
+// when given).
 using buffer_form = buffer (*)(const unsigned char*, unsigned long long);
 using string_form = std::string (*)(const unsigned char*, unsigned long long);
 template <class Table>
@@ -67,7 +69,6 @@ TEST(Coding, KnownAnswersIncludingTheLenientRules) {
                        nubase::buffer_decode_base64, nubase::string_decode_base64);
     expect_known_pairs(k_hex_rfc4648, nubase::buffer_encode_hex, nubase::string_encode_hex,
                        nubase::buffer_decode_hex, nubase::string_decode_hex);
-    // Text with characters outside the alphabet only decodes.
     expect_known_pairs(k_base64_lenient, nullptr, nullptr, nubase::buffer_decode_base64,
                        nubase::string_decode_base64);
     expect_known_pairs(k_hex_lenient, nullptr, nullptr, nubase::buffer_decode_hex,
@@ -76,8 +77,7 @@ TEST(Coding, KnownAnswersIncludingTheLenientRules) {
     EXPECT_EQ("f", nubase::string_decode_base64(bytes(std::string("Zg\0=", 4)), 4));
     const unsigned char all_nibbles[] = {0x00, 0xAB, 0xFF, 0x12, 0x34, 0x56, 0x78, 0x9C, 0xDE};
     EXPECT_EQ("00abff123456789cde", nubase::string_encode_hex(all_nibbles, sizeof all_nibbles));
-    // Results are sized in place in a default buffer and handed back without a copy (a copy
-    // would show as a capacity of twice the size).
+    // Results are built in place in a default buffer: a copy would double the capacity.
     EXPECT_EQ(1024u, nubase::buffer_encode_base64(bytes("foo"), 3).capacity());
     EXPECT_EQ(1024u, nubase::buffer_decode_hex(bytes("666f"), 4).capacity());
 }
@@ -94,48 +94,31 @@ TEST(Coding, EmptyInputsAndWrongLengths) {
         EXPECT_EQ(1024u, b.capacity());
     }
     EXPECT_EQ("", nubase::string_decode_base64(nullptr, 3));
-
-    constexpr const char* base64_source = "lib/nubase/src/base64_dec";
-    constexpr const char* hex_source = "lib/nubase/src/hex_dec";
     for (unsigned long long n = 1; n < 8; ++n) {
         SCOPED_TRACE(n);
-        if (n % 4 != 0) {
-            expect_arg([&] { (void)nubase::buffer_decode_base64(some, n); }, base64_source, "n/a");
-            expect_arg([&] { (void)nubase::string_decode_base64(some, n); }, base64_source, "n/a");
-        }
-        if (n % 2 != 0) {
-            expect_arg([&] { (void)nubase::buffer_decode_hex(some, n); }, hex_source, "n/a");
-            expect_arg([&] { (void)nubase::string_decode_hex(some, n); }, hex_source, "n/a");
-        }
+        const char* base64 = "lib/nubase/src/base64_dec";
+        const char* hex = "lib/nubase/src/hex_dec";
+        if (n % 4 != 0) expect_arg([&] { (void)nubase::buffer_decode_base64(some, n); }, base64);
+        if (n % 4 != 0) expect_arg([&] { (void)nubase::string_decode_base64(some, n); }, base64);
+        if (n % 2 != 0) expect_arg([&] { (void)nubase::buffer_decode_hex(some, n); }, hex);
+        if (n % 2 != 0) expect_arg([&] { (void)nubase::string_decode_hex(some, n); }, hex);
     }
 }
 
 TEST(Coding, EveryOneAndTwoByteInputRoundTrips) {
+    // 0..255 are the one-byte inputs, then every pair of bytes once.
     for (unsigned v = 0; v < 256 + 65536; ++v) {
-        // 0..255 are the one-byte inputs, then every pair of bytes once.
-        const unsigned n = v < 256 ? 1 : 2;
-        const unsigned value = v < 256 ? v : v - 256;
-        const unsigned char in[2] = {static_cast<unsigned char>(value),
-                                     static_cast<unsigned char>(value >> 8)};
-        const std::string b64 = nubase::string_encode_base64(in, n);
-        ASSERT_EQ(n == 1 ? "==" : "=", b64.substr(n + 1)) << v;
-        const std::string hex = nubase::string_encode_hex(in, n);
-        const std::string raw(reinterpret_cast<const char*>(in), n);
+        const std::string raw =
+            v < 256 ? std::string(1, static_cast<char>(v))
+                    : std::string{static_cast<char>(v - 256), static_cast<char>((v - 256) >> 8)};
+        const std::string b64 = nubase::string_encode_base64(bytes(raw), raw.size());
+        const std::string hex = nubase::string_encode_hex(bytes(raw), raw.size());
+        ASSERT_EQ(raw.size() == 1 ? "==" : "=", b64.substr(raw.size() + 1)) << v;
         ASSERT_EQ(raw, nubase::string_decode_base64(bytes(b64), b64.size())) << v;
         ASSERT_EQ(raw, nubase::string_decode_hex(bytes(hex), hex.size())) << v;
-        ASSERT_EQ(hex, text(nubase::buffer_encode_hex(in, n))) << v;
-
-        buffer wire(0ULL);
-        nubase::encoder_network enc(wire);
-        nubase::string_encode_network(raw, enc);
-        nubase::decoder_network dec(wire);
-        std::string back;
-        nubase::string_decode_network(back, dec);
-        ASSERT_EQ(raw, back) << v;
+        ASSERT_EQ(hex, text(nubase::buffer_encode_hex(bytes(raw), raw.size()))) << v;
     }
 }
-
-// ---- every path against the reference -------------------------------------------------------
 
 // Runs one kernel on the reference and on every other path the processor offers, and expects
 // the same bytes from each.
@@ -212,9 +195,6 @@ TEST(CodingPaths, DecodersAgreeOnRandomAndAdversarialText) {
     }
 }
 
-// ---- network coding -------------------------------------------------------------------------
-
-constexpr const char* k_network_source = "lib/nubase/include/nubase/coding";
 static_assert(std::is_constructible_v<nubase::decoder_network, const buffer&> &&
                   !std::is_constructible_v<nubase::decoder_network, buffer&&> &&
                   !std::is_constructible_v<nubase::encoder_network, buffer&&>,
@@ -228,15 +208,13 @@ TEST(CodingNetwork, ItemsOnTheWireAndBack) {
     nubase::string_encode_network("", enc);
     nubase::buffer_encode_network(buffer(300ULL, static_cast<unsigned char>(7)), enc);
     EXPECT_EQ(std::string("\0\0\0\0\0\0\x01\x2C", 8), text(wire).substr(6, 8));
-    EXPECT_EQ(6u + 4 + 4 + 300, wire.size());
 
     nubase::decoder_network dec(wire);
     std::string s;
     nubase::string_decode_network(s, dec);
     EXPECT_EQ("hi", s);
     EXPECT_EQ(6u, dec.offset());
-    // An empty item leaves the output as it was and moves past its length field.
-    s = "old";
+    s = "old";  // an empty item leaves the output as it was and moves past its length field
     nubase::string_decode_network(s, dec);
     EXPECT_EQ("old", s);
     EXPECT_EQ(10u, dec.offset());
@@ -244,18 +222,16 @@ TEST(CodingNetwork, ItemsOnTheWireAndBack) {
     nubase::buffer_decode_network(b, dec);
     EXPECT_EQ(buffer(300ULL, static_cast<unsigned char>(7)), b);
     EXPECT_EQ(wire.size(), dec.offset());
-    expect_arg([&] { nubase::string_decode_network(s, dec); }, k_network_source,
-               "buffer offset out of range");
+    expect_arg([&] { nubase::string_decode_network(s, dec); }, k_network_source, k_out_of_range);
     EXPECT_EQ(wire.size(), dec.offset());
 }
 
 TEST(CodingNetwork, ShortInputLeavesOutputAndOffsetAsDocumented) {
-    struct row {
+    const struct {
         const char* what;
         std::string wire;
         unsigned long long offset_after;
-    };
-    const row rows[] = {
+    } rows[] = {
         {"no bytes", "", 0},
         {"three length bytes", std::string("\0\0\0", 3), 0},
         {"body one short", std::string("\0\0\0\3ab", 6), 4},
@@ -268,9 +244,9 @@ TEST(CodingNetwork, ShortInputLeavesOutputAndOffsetAsDocumented) {
         std::string s = "keep";
         buffer b = buffer_of("keep");
         expect_arg([&] { nubase::string_decode_network(s, string_dec); }, k_network_source,
-                   "buffer offset out of range");
+                   k_out_of_range);
         expect_arg([&] { nubase::buffer_decode_network(b, buffer_dec); }, k_network_source,
-                   "buffer offset out of range");
+                   k_out_of_range);
         EXPECT_EQ("keep", s);
         EXPECT_EQ("keep", text(b));
         EXPECT_EQ(r.offset_after, string_dec.offset());
@@ -286,56 +262,51 @@ TEST(CodingNetwork, ABufferCodedIntoOrOutOfItself) {
     ASSERT_EQ(1022u + 4 + 1022, b.size());
     EXPECT_EQ(std::string("\0\0\x03\xFE", 4) + std::string(1022, 'x'), text(b).substr(1022));
 
-    // Decoding a buffer into its own source replaces it with the item.
+    // Decoding into its own source replaces it with the item; then the offset is past the end.
     buffer wire = buffer_of(std::string("\0\0\0\3abcrest", 11));
     nubase::decoder_network dec(wire);
     nubase::buffer_decode_network(wire, dec);
     EXPECT_EQ("abc", text(wire));
     EXPECT_EQ(7u, dec.offset());
-    // The source is now shorter than the offset: nothing is left to read.
-    expect_arg([&] { nubase::buffer_decode_network(wire, dec); }, k_network_source,
-               "buffer offset out of range");
+    expect_arg([&] { nubase::buffer_decode_network(wire, dec); }, k_network_source, k_out_of_range);
 }
 
-// ---- UTF-8 ----------------------------------------------------------------------------------
-
 TEST(CodingUtf8, LeadBytesByRange) {
-    struct row {
+    const struct {
         unsigned first, last, length;
-    };
-    const row rows[] = {{0x00, 0x7F, 1}, {0x80, 0xBF, 0}, {0xC0, 0xDF, 2},
-                        {0xE0, 0xEF, 3}, {0xF0, 0xF7, 4}, {0xF8, 0xFF, 0}};
+    } rows[] = {{0x00, 0x7F, 1}, {0x80, 0xBF, 0}, {0xC0, 0xDF, 2},
+                {0xE0, 0xEF, 3}, {0xF0, 0xF7, 4}, {0xF8, 0xFF, 0}};
     for (const auto& r : rows) {
         for (unsigned c = r.first; c <= r.last; ++c) {
-            EXPECT_EQ(r.length, nubase::num_utf8_bytes(static_cast<unsigned char>(c))) << c;
-            EXPECT_EQ(r.length >= 2, nubase::is_multibyte_utf8_char(static_cast<unsigned char>(c)))
-                << c;
+            const auto lead = static_cast<unsigned char>(c);
+            EXPECT_EQ(r.length, nubase::num_utf8_bytes(lead)) << c;
+            EXPECT_EQ(r.length >= 2, nubase::is_multibyte_utf8_char(lead)) << c;
         }
     }
 }
 
 TEST(CodingUtf8, SignatureInBuffersAndStrings) {
     const std::string sig = "\xEF\xBB\xBF";
-    EXPECT_TRUE(nubase::has_utf8_signature(buffer_of(sig + "A")));
-    EXPECT_TRUE(nubase::has_utf8_signature(buffer_of(sig)));
-    EXPECT_FALSE(nubase::has_utf8_signature(buffer_of("\xEF\xBB")));
-    EXPECT_FALSE(nubase::has_utf8_signature(buffer_of("\xEF\xBB\xBE")));
-    // The string form compares signed characters with unsigned bytes and never matches.
-    EXPECT_FALSE(nubase::has_utf8_signature(sig + "A"));
-
-    struct row {
+    const struct {
         std::string in, out;
-    };
-    const row rows[] = {
-        {sig + "AB", "B"},  // the byte after the signature goes too
-        {sig + "A", ""},   {sig, ""}, {"\xEF\xBB\xBE!", "\xEF\xBB\xBE!"}, {"AB", "AB"},
+        bool signature;
+    } rows[] = {
+        {sig + "AB", "B", true},  // the byte after the signature goes too
+        {sig + "A", "", true},
+        {sig, "", true},
+        {"\xEF\xBB", "\xEF\xBB", false},
+        {"\xEF\xBB\xBE!", "\xEF\xBB\xBE!", false},
+        {"AB", "AB", false},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(testing::PrintToString(r.in));
         buffer b = buffer_of(r.in);
+        EXPECT_EQ(r.signature, nubase::has_utf8_signature(b));
         nubase::remove_utf8_signature_if_present(b);
         EXPECT_EQ(r.out, text(b));
+        // The string forms compare signed characters with unsigned bytes and never match.
         std::string s = r.in;
+        EXPECT_FALSE(nubase::has_utf8_signature(s));
         nubase::remove_utf8_signature_if_present(s);
         EXPECT_EQ(r.in, s);
     }
