@@ -1,5 +1,5 @@
-// System queries: the release table, fallbacks, environment variables, shell commands, the
-// processor description's whole-word feature test, and user and group look-ups.
+// System queries: the release table, fallbacks, environment variables, shell commands, processor
+// features matched as whole words, and user and group look-ups.
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <unistd.h>
@@ -10,44 +10,26 @@
 
 #include "nubase/env.hpp"
 #include "nubase/es.hpp"
+#include "vectors/path.hpp"
 
 namespace {
 
 namespace env = nubase::env;
 
-// Sets or unsets one environment variable for a scope.
-class env_var {
-  public:
-    env_var(const char* a_name, const char* a_value) : m_name(a_name) {
-        const char* l_old = getenv(a_name);
-        m_had = l_old != nullptr;
-        if (m_had) m_old = l_old;
-        a_value ? setenv(a_name, a_value, 1) : unsetenv(a_name);
-    }
-    ~env_var() { m_had ? setenv(m_name, m_old.c_str(), 1) : unsetenv(m_name); }
-
-  private:
-    const char* m_name;
-    bool m_had;
-    std::string m_old;
-};
+using nubase_vectors::path::scoped_env;
 
 TEST(EnvSystem, ReleaseTable) {
-    const struct {
-        int value;
-        const char* text;
-    } k_rows[] = {{0, "unknown"},
-                  {1, "Windows"},
-                  {7, "Windows Millenium"},
-                  {13, "Windows XP Professional 64"},
-                  {22, "Windows 8"},
-                  {23, "OS X"},
-                  {29, "OS X Mountain Lion"},
-                  {30, "Unknown"},
-                  {-1, "Unknown"}};
-    for (const auto& r : k_rows)
-        EXPECT_STREQ(r.text, env::get_os_version_string(static_cast<env::os_version>(r.value)))
-            << r.value;
+    for (const auto& [value, text] : {std::pair{0, "unknown"},
+                                      {1, "Windows"},
+                                      {7, "Windows Millenium"},
+                                      {13, "Windows XP Professional 64"},
+                                      {22, "Windows 8"},
+                                      {23, "OS X"},
+                                      {29, "OS X Mountain Lion"},
+                                      {30, "Unknown"},
+                                      {-1, "Unknown"}})
+        EXPECT_STREQ(text, env::get_os_version_string(static_cast<env::os_version>(value)))
+            << value;
     EXPECT_EQ(env::os_version::unknown, env::get_os_version());  // Linux has no entry
 }
 
@@ -91,21 +73,16 @@ TEST(EnvSystem, FileSystemQueries) {
 }
 
 TEST(EnvSystem, EnvironmentVariables) {
-    {
-        env_var l_unset("NUBASE_TEST_VAR", nullptr);
-        EXPECT_EQ(std::make_pair(false, std::string()),
+    for (const char* l_value : {static_cast<const char*>(nullptr), ""}) {
+        scoped_env l_var("NUBASE_TEST_VAR", l_value);  // set, even to nothing, counts as set
+        EXPECT_EQ(std::make_pair(l_value != nullptr, std::string()),
                   env::get_environment_variable("NUBASE_TEST_VAR"));
     }
     {
-        env_var l_empty("NUBASE_TEST_VAR", "");
-        EXPECT_EQ(std::make_pair(true, std::string()),
-                  env::get_environment_variable("NUBASE_TEST_VAR"));
-    }
-    {
-        env_var l_user("USER", nullptr);
+        scoped_env l_user("USER", nullptr);
         EXPECT_EQ("Unknown", env::get_user_name());
     }
-    env_var l_user("USER", "ann");
+    scoped_env l_user("USER", "ann");
     EXPECT_EQ("ann", env::get_user_name());
 }
 

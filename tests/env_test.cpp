@@ -53,23 +53,16 @@ TEST(Env, WorkingDirectoryGoneRaises) {
 }
 
 TEST(Env, HomeFromTheEnvironmentFirst) {
-    {
-        scoped_env l_home("HOME", "/srv/home/ann");
-        EXPECT_EQ("/srv/home/ann", nubase::env::get_user_home_path());
+    for (const char* l_value : {"/srv/home/ann", ""}) {  // set, even to nothing, counts as set
+        scoped_env l_home("HOME", l_value);
+        EXPECT_EQ(l_value, nubase::env::get_user_home_path());
     }
-    {
-        // Set, even to nothing, counts as set.
-        scoped_env l_home("HOME", "");
-        EXPECT_EQ("", nubase::env::get_user_home_path());
-    }
-    {
-        scoped_env l_home("HOME", nullptr);
-        const passwd* l_pw = getpwuid(getuid());
-        if (l_pw != nullptr && l_pw->pw_dir != nullptr) {
-            EXPECT_EQ(l_pw->pw_dir, nubase::env::get_user_home_path());
-        } else {
-            EXPECT_THROW((void)nubase::env::get_user_home_path(), nubase::es::call);
-        }
+    scoped_env l_home("HOME", nullptr);
+    const passwd* l_pw = getpwuid(getuid());
+    if (l_pw != nullptr && l_pw->pw_dir != nullptr) {
+        EXPECT_EQ(l_pw->pw_dir, nubase::env::get_user_home_path());
+    } else {
+        EXPECT_THROW((void)nubase::env::get_user_home_path(), nubase::es::call);
     }
 }
 

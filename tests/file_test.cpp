@@ -1,18 +1,19 @@
-// Files: the descriptor handle's strict errors and copy rule, the path classifiers, whole-file
-// helpers and safe file names.
+// Files: the descriptor handle's errors and copy rule, the path classifiers, whole-file helpers
+// and safe file names.
 #include "nubase/file.hpp"
 
 #include "nubase/es.hpp"
 #include "descriptors.hpp"
+#include "vectors/path.hpp"
 
 #include <fcntl.h>
-#include <stdlib.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
 #include <cctype>
-#include <cstring>
+#include <filesystem>
+#include <functional>
 #include <set>
 #include <string>
 
@@ -21,54 +22,25 @@ namespace {
 using nubase::file;
 namespace fileutil = nubase::fileutil;
 
-using nubase_test::open_descriptors;
-
 class Files : public ::testing::Test {
   protected:
-    void SetUp() override {
-        char l_template[] = "/tmp/nubase_file_XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(l_template));
-        m_dir = l_template;
-        m_fds = open_descriptors();
-    }
+    void SetUp() override { m_fds = nubase_test::open_descriptors(); }
     void TearDown() override {
-        EXPECT_EQ(m_fds, open_descriptors()) << "a descriptor leaked";
-        std::string l_cmd = "rm -rf '" + m_dir + "'";
-        EXPECT_EQ(0, std::system(l_cmd.c_str()));
+        EXPECT_EQ(m_fds, nubase_test::open_descriptors()) << "a descriptor leaked";
+        std::filesystem::remove_all(m_dir);
     }
     std::string path(const char* a_name) const { return m_dir + "/" + a_name; }
 
-    std::string m_dir;
+    const std::string m_dir = nubase_vectors::path::fresh_temp_dir("file").string();
     int m_fds = 0;
 };
-
-// Runs `a_call`, which must raise es::file, and checks the action, line and message.
-template <class F>
-void expect_file_error(F a_call, const char* a_action, unsigned a_line, const std::string& a_what) {
-    try {
-        a_call();
-        ADD_FAILURE() << "no es::file for " << a_action;
-    } catch (const nubase::es::file& e) {
-        EXPECT_EQ(a_action, e.action());
-        EXPECT_EQ(a_line, e.line());
-        EXPECT_EQ(a_what, e.what());
-        EXPECT_STREQ("lib/nubase/src/darwin/file", static_cast<const nubase::es::base&>(e).file());
-    }
-}
-
-TEST_F(Files, OpenFailureNamesPathAndReason) {
-    const std::string l_missing = path("missing");
-    expect_file_error([&] { file f(l_missing, O_RDONLY, 0644); }, "open", 83,
-                      "Failed to open file " + l_missing + " (No such file or directory)");
-
-    file l_empty("", O_RDONLY, 0644);  // an empty path opens nothing and raises nothing
-    EXPECT_FALSE(l_empty.is_open());
-    EXPECT_EQ(-1, l_empty.get_fd());
-}
 
 TEST_F(Files, ReadWriteSeekTellSize) {
     file f(path("a"), O_RDWR | O_CREAT | O_TRUNC, 0600);
     ASSERT_TRUE(f.is_open());
+    EXPECT_EQ(0, fcntl(f.get_fd(), F_GETFD) & FD_CLOEXEC);
+    f.close_on_exec();
+    EXPECT_NE(0, fcntl(f.get_fd(), F_GETFD) & FD_CLOEXEC);
     EXPECT_EQ(6u, f.write("abcdef", 6));
     EXPECT_EQ(6u, f.tell());
     EXPECT_EQ(6u, f.size());
@@ -81,31 +53,76 @@ TEST_F(Files, ReadWriteSeekTellSize) {
     f.close();
     EXPECT_FALSE(f.is_open());
     f.close();  // closing again does nothing
+
+    file l_empty("", O_RDONLY, 0644);  // an empty path opens nothing and raises nothing
+    EXPECT_FALSE(l_empty.is_open());
+    EXPECT_EQ(-1, l_empty.get_fd());
+    file l_zero(0);  // descriptor zero counts as closed: closing must leave standard input open
+    EXPECT_FALSE(l_zero.is_open());
+    l_zero.close();
+    EXPECT_EQ(0, l_zero.get_fd());
+    EXPECT_NE(-1, fcntl(0, F_GETFD));
 }
 
-TEST_F(Files, FailedCallsRaiseWithTheOperationName) {
-    {
-        file f(path("ro"), O_RDONLY | O_CREAT, 0600);
-        expect_file_error([&] { f.write("x", 1); }, "write", 120,
-                          "Failed to write file  (Bad file descriptor)");
-        f.close();
-    }
-    file l_closed(-1);
-    expect_file_error(
-        [&] {
-            char c;
-            l_closed.read(&c, 1);
-        },
-        "read", 110, "Failed to read file  (Bad file descriptor)");
-    expect_file_error([&] { l_closed.size(); }, "stat", 155,
-                      "Failed to stat file  (Bad file descriptor)");
-    expect_file_error([&] { l_closed.seek(0, SEEK_SET); }, "seek", 140,
-                      "Failed to seek file  (Bad file descriptor)");
-
+// Each failure names its source, line and message; those of `file` also their action.
+TEST_F(Files, FailuresRaiseWithSourceLineAndMessage) {
+    file l_ro(path("ro"), O_RDONLY | O_CREAT, 0600), l_closed(-1);
     int l_pipe[2];
     ASSERT_EQ(0, pipe(l_pipe));
     file l_reader(l_pipe[0]);
-    expect_file_error([&] { l_reader.tell(); }, "tell", 130, "Failed to tell file  (Illegal seek)");
+    const std::string l_missing = path("missing");
+    const std::string l_open_missing =
+        "Failed to open file " + l_missing + " (No such file or directory)";
+    std::string l_kept = "kept", l_text;
+    nubase::buffer l_bytes;
+    char c;
+    const struct {
+        const char* action;  // that of an es::file; nullptr for an es::arg
+        std::function<void()> call;
+        unsigned line;
+        std::string what;
+    } k_rows[] = {
+        {"open", [&] { file f(l_missing, O_RDONLY, 0644); }, 83, l_open_missing},
+        {"write", [&] { l_ro.write("x", 1); }, 120, "Failed to write file  (Bad file descriptor)"},
+        {"read", [&] { l_closed.read(&c, 1); }, 110, "Failed to read file  (Bad file descriptor)"},
+        {"stat", [&] { l_closed.size(); }, 155, "Failed to stat file  (Bad file descriptor)"},
+        {"seek", [&] { l_closed.seek(0, SEEK_SET); }, 140,
+         "Failed to seek file  (Bad file descriptor)"},
+        {"tell", [&] { l_reader.tell(); }, 130, "Failed to tell file  (Illegal seek)"},
+        // A missing file raises the open failure of `file` (and the content stays, below).
+        {"open", [&] { fileutil::get_file_content(l_missing, l_kept); }, 83, l_open_missing},
+        {nullptr, [&] { fileutil::get_file_content("", l_text); }, 680, "failed to open file ''"},
+        {nullptr, [&] { fileutil::get_file_content("", l_bytes); }, 721, "failed to open file ''"},
+        {nullptr, [] { fileutil::set_file_content("", std::string("x")); }, 694,
+         "failed to open/create file ''"},
+        {nullptr, [] { fileutil::set_file_content("", nubase::buffer()); }, 735,
+         "failed to open/create file ''"},
+        {nullptr, [&] { fileutil::get_file_bytes("", 4, l_bytes); }, 754, "failed to open file ''"},
+        {nullptr, [] { fileutil::remove_file("/nonexistent/nubase"); }, 766,
+         "failed to remove file '/nonexistent/nubase' (No such file or directory)"},
+    };
+    for (const auto& r : k_rows) {
+        SCOPED_TRACE(r.what);
+        try {
+            r.call();
+            ADD_FAILURE() << "nothing raised";
+        } catch (const nubase::es::base& e) {
+            EXPECT_EQ(r.line, e.line());
+            EXPECT_EQ(r.what, e.what());
+            const auto* l_file = dynamic_cast<const nubase::es::file*>(&e);
+            if (r.action == nullptr) {
+                EXPECT_NE(nullptr, dynamic_cast<const nubase::es::arg*>(&e));
+                EXPECT_STREQ("lib/nubase/src/utility", e.file());
+            } else if (l_file == nullptr) {
+                ADD_FAILURE() << "not an es::file";
+            } else {
+                EXPECT_EQ(r.action, l_file->action());
+                EXPECT_STREQ("lib/nubase/src/darwin/file", e.file());
+            }
+        }
+    }
+    EXPECT_EQ("kept", l_kept);
+    l_ro.close();
     l_reader.close();
     ::close(l_pipe[1]);
 }
@@ -113,34 +130,15 @@ TEST_F(Files, FailedCallsRaiseWithTheOperationName) {
 TEST_F(Files, CopiesShareTheNumberButNotTheState) {
     file a(path("c"), O_WRONLY | O_CREAT, 0600);
     const int l_fd = a.get_fd();
-    file b(a);
-    file c(-1);
+    file b(a), c(-1);
     c = a;
     a.close();
     EXPECT_EQ(-1, a.get_fd());
     EXPECT_EQ(l_fd, b.get_fd());  // still shows the old descriptor
     EXPECT_EQ(l_fd, c.get_fd());
-    b.set_fd(-1);
-    c.set_fd(-1);
 
     std::set<file, nubase::file_cmp> l_files{file(7), file(3), file(5)};
     EXPECT_EQ(3, l_files.begin()->get_fd());
-}
-
-TEST_F(Files, DescriptorZeroCountsAsClosed) {
-    file f(0);
-    EXPECT_FALSE(f.is_open());
-    f.close();  // must not close standard input
-    EXPECT_EQ(0, f.get_fd());
-    EXPECT_NE(-1, fcntl(0, F_GETFD));
-}
-
-TEST_F(Files, CloseOnExecSetsTheFlag) {
-    file f(path("x"), O_WRONLY | O_CREAT, 0600);
-    EXPECT_EQ(0, fcntl(f.get_fd(), F_GETFD) & FD_CLOEXEC);
-    f.close_on_exec();
-    EXPECT_NE(0, fcntl(f.get_fd(), F_GETFD) & FD_CLOEXEC);
-    f.close();
 }
 
 TEST(FilePaths, HiddenFilesAndAliases) {
@@ -166,92 +164,34 @@ TEST(FilePaths, HiddenFilesAndAliases) {
 }
 
 TEST_F(Files, WholeFileRoundTrips) {
-    std::string l_text = "line one\n";
-    l_text += std::string("\0\xff binary", 9);
+    const std::string l_text = std::string("line one\n\0\xff binary", 18);
     fileutil::set_file_content(path("t"), l_text);
     EXPECT_EQ(l_text, fileutil::string_with_file_content(path("t")));
+    fileutil::set_file_content(path("t"), std::string());  // truncates
+    EXPECT_EQ("", fileutil::string_with_file_content(path("t")));
 
-    nubase::buffer l_bytes(reinterpret_cast<const unsigned char*>("\x01\x02\x03"),
-                           reinterpret_cast<const unsigned char*>("\x01\x02\x03") + 3);
+    const nubase::buffer l_bytes(3, reinterpret_cast<const unsigned char*>("\x01\x02\x03"));
     fileutil::set_file_content(path("b"), l_bytes);
     nubase::buffer l_back;
     fileutil::get_file_content(path("b"), l_back);
     EXPECT_EQ(l_bytes, l_back);
 
-    fileutil::set_file_content(path("t"), std::string());  // truncates
-    EXPECT_EQ("", fileutil::string_with_file_content(path("t")));
-
-    nubase::buffer l_head;
+    const auto text = [&] { return std::string(l_back.data(), l_back.data() + l_back.size()); };
     fileutil::set_file_content(path("h"), std::string("abc"));
-    fileutil::get_file_bytes(path("h"), 2, l_head);
-    EXPECT_EQ(std::string("ab"), std::string(l_head.data(), l_head.data() + l_head.size()));
-    fileutil::get_file_bytes(path("h"), 6, l_head);  // asks past the end: keeps the size
-    EXPECT_EQ(std::string("abc\0\0\0", 6), std::string(l_head.data(), l_head.data() + 6));
+    fileutil::get_file_bytes(path("h"), 2, l_back);
+    EXPECT_EQ(std::string("ab"), text());
+    fileutil::get_file_bytes(path("h"), 6,
+                             l_back);  // past the end: zero bytes up to the size asked
+    EXPECT_EQ(std::string("abc\0\0\0", 6), text());
 
     fileutil::remove_file(path("h"));
     EXPECT_NE(0, access(path("h").c_str(), F_OK));
 }
 
-TEST_F(Files, WholeFileFailures) {
-    std::string l_content = "kept";
-    const std::string l_missing = path("missing");
-    // A missing file raises the open failure of `file`, and the content stays.
-    expect_file_error([&] { fileutil::get_file_content(l_missing, l_content); }, "open", 83,
-                      "Failed to open file " + l_missing + " (No such file or directory)");
-    EXPECT_EQ("kept", l_content);
-
-    struct row {
-        const char* what;
-        void (*call)();
-        unsigned line;
-        const char* message;
-    };
-    const row k_rows[] = {
-        {"read string",
-         [] {
-             std::string s;
-             fileutil::get_file_content("", s);
-         },
-         680, "failed to open file ''"},
-        {"read buffer",
-         [] {
-             nubase::buffer b;
-             fileutil::get_file_content("", b);
-         },
-         721, "failed to open file ''"},
-        {"write string", [] { fileutil::set_file_content("", std::string("x")); }, 694,
-         "failed to open/create file ''"},
-        {"write buffer", [] { fileutil::set_file_content("", nubase::buffer()); }, 735,
-         "failed to open/create file ''"},
-        {"bytes",
-         [] {
-             nubase::buffer b;
-             fileutil::get_file_bytes("", 4, b);
-         },
-         754, "failed to open file ''"},
-        {"remove", [] { fileutil::remove_file("/nonexistent/nubase"); }, 766,
-         "failed to remove file '/nonexistent/nubase' (No such file or directory)"},
-    };
-    for (const auto& r : k_rows) {
-        SCOPED_TRACE(r.what);
-        try {
-            r.call();
-            ADD_FAILURE() << "no es::arg";
-        } catch (const nubase::es::arg& e) {
-            EXPECT_EQ(r.line, e.line());
-            EXPECT_STREQ(r.message, e.what());
-            EXPECT_STREQ("lib/nubase/src/utility", e.file());
-        }
-    }
-}
-
 TEST(FileUtil, SafeFilenameMapsEveryByte) {
     EXPECT_EQ("a_b_c.d.e", fileutil::create_safe_filename("a b/c:d.e"));
-    EXPECT_EQ("_x", fileutil::create_safe_filename("~x"));
     EXPECT_EQ("", fileutil::create_safe_filename(""));
-
-    const std::string k_kept = "!#%()+-=@[]";
-    const std::string k_dots = ",.:;";
+    const std::string k_kept = "!#%()+-=@[]", k_dots = ",.:;";
     for (int c = 0; c < 256; ++c) {
         const char ch = static_cast<char>(c);
         char expected = '_';

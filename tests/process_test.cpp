@@ -1,9 +1,5 @@
-// Child processes: status codes and signals, the pipes (pieces, floods, children that never read),
-// pause/resume/terminate, environment and working directory, and that nothing is left behind:
-// every test ends its children and gets back to the descriptors it started with.
-//
-// The children are this test binary itself: when NUBASE_TEST_CHILD is set, it plays the role it
-// names before the tests are even registered, and ends within 20 s whatever happens.
+// Child processes: status, pipes, signals, environment and working directory; every test ends its
+// children and gets back to the descriptors it started with.
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,7 +9,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
-#include <cstring>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -22,64 +18,52 @@
 
 namespace {
 
-// ---- the child's side -------------------------------------------------------------------------
+// ---- the child's side: this binary, in the role NUBASE_TEST_CHILD names -----------------------
 
-void write_all(const char* a_data, std::size_t a_size) {
-    while (a_size != 0) {
-        const ssize_t l_n = ::write(1, a_data, a_size);
+void write_all(const std::string& a_data) {
+    for (std::size_t l_at = 0; l_at < a_data.size();) {
+        const ssize_t l_n = ::write(1, a_data.data() + l_at, a_data.size() - l_at);
         if (l_n <= 0) _exit(90);
-        a_data += l_n;
-        a_size -= static_cast<std::size_t>(l_n);
+        l_at += static_cast<std::size_t>(l_n);
     }
 }
 
-// Roles: "exit:N" ends with code N; "echo" copies its input to its output; "flood:N" writes N
-// bytes without reading; "sleep" waits to be signalled; "report" writes its arguments, the
-// variable NUBASE_TEST_VALUE and its working directory, separated by '|'.
+// Roles, played before the tests are registered and ended within 20 s: "exit:N" ends with code
+// N; "echo" copies its input to its output; "flood" writes 8 MiB without reading; "sleep" waits
+// to be signalled; "report" writes its arguments, NUBASE_TEST_VALUE and its working directory.
 [[maybe_unused]] const bool g_child_role = [] {
     const char* l_role = std::getenv("NUBASE_TEST_CHILD");
     if (l_role == nullptr) return false;
-    ::alarm(20);  // bounded run, whatever the parent does
+    ::alarm(20);
     const std::string l_r = l_role;
-    if (l_r.compare(0, 5, "exit:") == 0) _exit(std::atoi(l_r.c_str() + 5));
+    if (l_r.compare(0, 5, "exit:") == 0) _exit(std::atoi(l_role + 5));
     if (l_r == "echo") {
         char l_buf[4096];
-        ssize_t l_n;
-        while ((l_n = ::read(0, l_buf, sizeof l_buf)) > 0)
-            write_all(l_buf, static_cast<std::size_t>(l_n));
+        for (ssize_t l_n; (l_n = ::read(0, l_buf, sizeof l_buf)) > 0;)
+            write_all(std::string(l_buf, static_cast<std::size_t>(l_n)));
         _exit(0);
     }
-    if (l_r.compare(0, 6, "flood:") == 0) {
+    if (l_r == "flood") {
         std::string l_block(65536, '\0');
         for (std::size_t i = 0; i < l_block.size(); ++i)
             l_block[i] = static_cast<char>(i % 251);
-        long l_left = std::atol(l_r.c_str() + 6);
-        while (l_left > 0) {
-            const std::size_t l_n = l_left < 65536 ? static_cast<std::size_t>(l_left) : 65536u;
-            write_all(l_block.data(), l_n);
-            l_left -= static_cast<long>(l_n);
-        }
+        for (int i = 0; i < 128; ++i)
+            write_all(l_block);
         _exit(0);
     }
-    if (l_r == "sleep") {
-        for (;;)
-            ::pause();
-    }
+    while (l_r == "sleep")
+        ::pause();
     if (l_r == "report") {
-        std::string l_out;
-        std::string l_cmdline;
-        // Arguments from /proc so that argument zero is seen as the kernel got it.
+        std::string l_out;  // the arguments from /proc, argument zero as the kernel got it
         if (FILE* l_f = std::fopen("/proc/self/cmdline", "rb")) {
-            int c;
-            while ((c = std::fgetc(l_f)) != EOF)
+            for (int c; (c = std::fgetc(l_f)) != EOF;)
                 l_out += c == 0 ? ',' : static_cast<char>(c);
             std::fclose(l_f);
         }
         const char* l_value = std::getenv("NUBASE_TEST_VALUE");
         char l_cwd[PATH_MAX];
-        l_out += std::string("|") + (l_value ? l_value : "(unset)") + "|" +
-                 (::getcwd(l_cwd, sizeof l_cwd) ? l_cwd : "?");
-        write_all(l_out.data(), l_out.size());
+        write_all(l_out + "|" + (l_value ? l_value : "(unset)") + "|" +
+                  (::getcwd(l_cwd, sizeof l_cwd) ? l_cwd : "?"));
         _exit(0);
     }
     _exit(99);
@@ -87,12 +71,8 @@ void write_all(const char* a_data, std::size_t a_size) {
 
 // ---- the parent's side ------------------------------------------------------------------------
 
-using nubase_test::open_descriptors;
-
 std::string self() {
-    char l_path[PATH_MAX];
-    const ssize_t l_n = ::readlink("/proc/self/exe", l_path, sizeof l_path);
-    return std::string(l_path, l_n > 0 ? static_cast<std::size_t>(l_n) : 0);
+    return std::filesystem::read_symlink("/proc/self/exe").string();
 }
 
 // Collects output and signals the end.
@@ -117,9 +97,9 @@ struct recorder : nubase::process::status {
 
 class Process : public ::testing::Test {
   protected:
-    void SetUp() override { m_fds = open_descriptors(); }
+    void SetUp() override { m_fds = nubase_test::open_descriptors(); }
     void TearDown() override {
-        EXPECT_EQ(m_fds, open_descriptors()) << "a descriptor leaked";
+        EXPECT_EQ(m_fds, nubase_test::open_descriptors()) << "a descriptor leaked";
         // No child of this process is left, zombie or running.
         EXPECT_EQ(-1, ::waitpid(-1, nullptr, WNOHANG));
         EXPECT_EQ(ECHILD, errno);
@@ -138,16 +118,12 @@ class Process : public ::testing::Test {
 };
 
 TEST_F(Process, StatusIsTheExitCodeOrTheSignal) {
-    const struct {
-        const char* role;
-        int status;
-    } k_rows[] = {{"exit:0", 0}, {"exit:3", 3}, {"exit:255", 255}};
-    for (const auto& r : k_rows) {
+    for (const auto& [role, status] : {std::pair{"exit:0", 0}, {"exit:3", 3}, {"exit:255", 255}}) {
+        SCOPED_TRACE(role);
         recorder l_rec;
-        auto l_p = start(r.role, l_rec);
-        EXPECT_EQ("child", l_p->get_id());
-        ASSERT_TRUE(l_rec.wait()) << r.role;
-        EXPECT_EQ(r.status, l_p->get_status()) << r.role;
+        auto l_p = start(role, l_rec);
+        ASSERT_TRUE(l_rec.wait());
+        EXPECT_EQ(status, l_p->get_status());
         EXPECT_EQ(0, l_p->get_pid());
         EXPECT_EQ(1, l_rec.finished_calls);
     }
@@ -180,41 +156,30 @@ TEST_F(Process, PipesCarryInputAndOutputInSmallPieces) {
     std::string l_input(300000, '\0');
     for (std::size_t i = 0; i < l_input.size(); ++i)
         l_input[i] = static_cast<char>(i * 7 % 256);
-    recorder l_rec;
+    recorder l_rec, l_empty;
     auto l_p = start("echo", l_rec, nubase::process::flag_pipes, l_input);
+    auto l_q = start("echo", l_empty, nubase::process::flag_pipes, "");  // input closed at once
     ASSERT_TRUE(l_rec.wait());
     EXPECT_EQ(0, l_p->get_status());
     EXPECT_TRUE(l_rec.output == l_input) << l_rec.output.size() << " bytes came back";
     EXPECT_LE(l_rec.largest_piece, 256u);
     EXPECT_GE(l_rec.pieces, l_input.size() / 256);
-
-    recorder l_empty;
-    auto l_q = start("echo", l_empty, nubase::process::flag_pipes, "");  // input closed at once
     ASSERT_TRUE(l_empty.wait());
     EXPECT_EQ("", l_empty.output);
-}
 
-TEST_F(Process, FloodIsReadToTheEnd) {
-    const long k_size = 8L << 20;
-    recorder l_rec;
-    auto l_p = start("flood:8388608", l_rec, nubase::process::flag_pipes, std::string(200000, 'x'));
-    ASSERT_TRUE(l_rec.wait());
-    EXPECT_EQ(0, l_p->get_status());
-    ASSERT_EQ(static_cast<std::size_t>(k_size), l_rec.output.size());
-    EXPECT_EQ(static_cast<char>(70000 % 65536 % 251), l_rec.output[70000]);
-}
-
-TEST_F(Process, ChildThatNeverReadsDoesNotHangTheMonitor) {
-    recorder l_rec;
-    auto l_p = start("sleep", l_rec, nubase::process::flag_pipes, std::string(1 << 20, 'x'));
-    l_p->terminate(false);
-    ASSERT_TRUE(l_rec.wait());
-    EXPECT_EQ(SIGTERM, l_p->get_status());
+    // A child that writes far more than it reads is read to the end.
+    recorder l_flood;
+    auto l_f = start("flood", l_flood, nubase::process::flag_pipes, std::string(200000, 'x'));
+    ASSERT_TRUE(l_flood.wait());
+    EXPECT_EQ(0, l_f->get_status());
+    ASSERT_EQ(std::size_t{8} << 20, l_flood.output.size());
+    EXPECT_EQ(static_cast<char>(70000 % 65536 % 251), l_flood.output[70000]);
 }
 
 TEST_F(Process, PauseResumeTerminate) {
+    // The child never reads the pending input, which must not hang the monitor either.
     recorder l_rec;
-    auto l_p = start("sleep", l_rec);
+    auto l_p = start("sleep", l_rec, nubase::process::flag_pipes, std::string(1 << 20, 'x'));
     l_p->pause();
     l_p->resume();
     l_p->pause();
@@ -244,33 +209,29 @@ TEST_F(Process, ArgumentsEnvironmentAndWorkingDirectory) {
                      {{"NUBASE_TEST_VALUE", ""}}, "/nonexistent/nubase");
     ASSERT_TRUE(l_second.wait());
     ::unsetenv("NUBASE_TEST_VALUE");
-    char l_cwd[PATH_MAX];
-    ASSERT_NE(nullptr, ::getcwd(l_cwd, sizeof l_cwd));
-    EXPECT_EQ(l_exe + ",|inherited|" + l_cwd, l_second.output);
+    EXPECT_EQ(l_exe + ",|inherited|" + std::filesystem::current_path().string(), l_second.output);
 }
 
-TEST_F(Process, CancelledMonitorHandsTheChildToTheCaller) {
-    recorder l_rec;
-    auto l_p = start("sleep", l_rec, nubase::process::flag_pipes, "abc");
-    const int l_pid = l_p->get_pid();
-    l_p->terminate(true);
-    int l_status = 0;
-    ASSERT_EQ(l_pid, ::waitpid(l_pid, &l_status, 0));
-    EXPECT_TRUE(WIFSIGNALED(l_status));
-    EXPECT_EQ(SIGTERM, WTERMSIG(l_status));
-    l_p.reset();  // waits for the cancelled monitor to let go
-    EXPECT_EQ(0, l_rec.finished_calls);
-}
-
-TEST_F(Process, DestroyedWhileRunningLetsGoOfTheChild) {
-    recorder l_rec;
-    auto l_p = start("sleep", l_rec, nubase::process::flag_pipes, "abc");
-    const int l_pid = l_p->get_pid();
-    l_p.reset();  // the monitor is cancelled and its pipe ends closed; the child still runs
-    EXPECT_EQ(0, ::kill(l_pid, 0));
-    ::kill(l_pid, SIGKILL);
-    EXPECT_EQ(l_pid, ::waitpid(l_pid, nullptr, 0));
-    EXPECT_EQ(0, l_rec.finished_calls);
+TEST_F(Process, CancelledOrDestroyedMonitorHandsTheChildToTheCaller) {
+    for (bool destroy : {false, true}) {
+        SCOPED_TRACE(destroy ? "destroyed" : "cancelled");
+        recorder l_rec;
+        auto l_p = start("sleep", l_rec, nubase::process::flag_pipes, "abc");
+        const int l_pid = l_p->get_pid();
+        if (destroy) {
+            l_p.reset();  // the monitor is cancelled and its pipe ends closed; the child runs on
+            EXPECT_EQ(0, ::kill(l_pid, 0));
+            ::kill(l_pid, SIGTERM);
+        } else {
+            l_p->terminate(true);
+        }
+        int l_status = 0;
+        ASSERT_EQ(l_pid, ::waitpid(l_pid, &l_status, 0));
+        EXPECT_TRUE(WIFSIGNALED(l_status));
+        EXPECT_EQ(SIGTERM, WTERMSIG(l_status));
+        l_p.reset();  // waits for the cancelled monitor to let go
+        EXPECT_EQ(0, l_rec.finished_calls);
+    }
 }
 
 TEST(ProcessDeathTest, ObserverExceptionEndsTheProcess) {

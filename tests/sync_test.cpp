@@ -1,12 +1,10 @@
-// Mutexes, conditions, read-write locks and semaphores: busy and timed-out outcomes, the raised
-// failures with their messages and lines, and the semaphore's counting rules.
+// Mutexes, conditions, read-write locks and semaphores: busy, timed-out and raised outcomes.
 #include "nubase/sync.hpp"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
 #include <chrono>
-#include <cstring>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -24,11 +22,7 @@ using clock_type = std::chrono::steady_clock;
 #if defined(__SANITIZE_THREAD__)
 constexpr bool k_thread_sanitizer = true;
 #elif defined(__has_feature)
-#if __has_feature(thread_sanitizer)
-constexpr bool k_thread_sanitizer = true;
-#else
-constexpr bool k_thread_sanitizer = false;
-#endif
+constexpr bool k_thread_sanitizer = __has_feature(thread_sanitizer);
 #else
 constexpr bool k_thread_sanitizer = false;
 #endif
@@ -42,11 +36,9 @@ long long ms_since(clock_type::time_point a_start) {
         .count();
 }
 
-// Runs `a_body` on another thread and waits for it.
 template <class F>
 void on_other_thread(F a_body) {
-    std::thread t(a_body);
-    t.join();
+    std::thread(a_body).join();
 }
 
 // Expects `a_body` to raise es::call from `a_source` at `a_line` with `a_message`.
@@ -66,19 +58,19 @@ TEST(Mutex, LiteralPicksTheNamedConstructor) {
     EXPECT_EQ("jobs", mutex("jobs").name());
     EXPECT_EQ("queue", mutex(std::string("queue")).name());
     EXPECT_EQ("", mutex(true).name());
-    EXPECT_EQ("", mutex().name());
 }
 
 TEST(Mutex, TrylockIsBusyWhileAnotherThreadHolds) {
     for (bool recursive : {false, true}) {
         SCOPED_TRACE(recursive ? "recursive" : "plain");
-        mutex m(recursive);
-        m.lock();
-        on_other_thread([&] { EXPECT_FALSE(m.trylock()); });
-        // The holder itself may lock a recursive mutex again; a plain one is busy for it too.
+        const mutex m(recursive);
+        std::unique_lock<const mutex> hold(m, std::try_to_lock);  // standard guards work too
+        ASSERT_TRUE(hold.owns_lock());
+        // Only a recursive mutex lets its holder lock again, and it counts the locks.
         EXPECT_EQ(recursive, m.trylock());
         if (recursive) m.unlock();
-        m.unlock();
+        on_other_thread([&] { EXPECT_FALSE(m.trylock()); });
+        hold.unlock();
         on_other_thread([&] {
             EXPECT_TRUE(m.trylock());
             m.unlock();
@@ -86,66 +78,38 @@ TEST(Mutex, TrylockIsBusyWhileAnotherThreadHolds) {
     }
 }
 
-TEST(Mutex, RecursiveCountsItsLocks) {
-    mutex m(true);
-    m.lock();
-    m.lock();
-    m.unlock();
-    on_other_thread([&] { EXPECT_FALSE(m.trylock()); });
-    m.unlock();
-    on_other_thread([&] {
-        EXPECT_TRUE(m.trylock());
-        m.unlock();
-    });
-}
-
 TEST(Mutex, UnlockWithoutHoldingNamesTheMutex) {
     if (k_thread_sanitizer) GTEST_SKIP() << "the sanitizer reports the deliberate misuse itself";
-    // The recursive type checks its owner on this platform; the unnamed mutex leaves two blanks.
+    // The recursive type checks its owner; the unnamed mutex leaves two blanks in the message.
     mutex m(true);
-    expect_call_failure([&] { m.unlock(); }, "lib/nubase/src/mutex", 136,
-                        "The current thread does not hold a lock on mutex  (unlock)");
-    m.lock();
-    on_other_thread([&] {
+    const auto unlock_fails = [&] {
         expect_call_failure([&] { m.unlock(); }, "lib/nubase/src/mutex", 136,
                             "The current thread does not hold a lock on mutex  (unlock)");
-    });
+    };
+    unlock_fails();
+    m.lock();
+    on_other_thread(unlock_fails);
     m.unlock();  // still held by this thread, and still usable
-}
-
-TEST(Mutex, WorksWithStandardGuards) {
-    const mutex m("guarded");
-    {
-        std::unique_lock<const mutex> hold(m, std::try_to_lock);
-        EXPECT_TRUE(hold.owns_lock());
-        on_other_thread([&] { EXPECT_FALSE(m.trylock()); });
-    }
-    EXPECT_TRUE(m.trylock());
-    m.unlock();
 }
 
 TEST(Condition, TimedWaitsTimeOut) {
     const mutex m;
     const condition c;
     std::lock_guard<const mutex> hold(m);
-
-    // A dead-line in the past, also one whose nanoseconds round up to a whole second (which the
-    // wait would refuse as invalid if it were not carried), times out at once.
-    const timestamp past[] = {timestamp(1, 1), timestamp(3999999999ULL, 2000000000ULL)};
-    for (const timestamp& deadline : past)
-        EXPECT_FALSE(c.wait_abs(m, deadline));
-
-    const auto start = clock_type::now();
-    EXPECT_FALSE(c.wait(m, timestamp(60, 1000)));
-    EXPECT_GE(ms_since(start), 50);
-    // Far from now plus the time-out at rate 1000: a wrong sum would wait hours or not at all.
-    const auto start2 = clock_type::now();
-    EXPECT_FALSE(c.wait(m, timestamp(60000000, 1000000000)));
-    EXPECT_GE(ms_since(start2), 50);
-    EXPECT_LT(ms_since(start2), 30000);
+    // Dead-lines in the past time out at once, also one whose nanoseconds round up to a whole
+    // second (the wait would refuse it as invalid if that were not carried).
+    for (const timestamp& past : {timestamp(1, 1), timestamp(3999999999ULL, 2000000000ULL)})
+        EXPECT_FALSE(c.wait_abs(m, past));
+    // 60 ms at two rates; with the larger count a wrong sum would wait hours or not at all.
+    for (const timestamp& timeout : {timestamp(60, 1000), timestamp(60000000, 1000000000)}) {
+        const auto start = clock_type::now();
+        EXPECT_FALSE(c.wait(m, timeout));
+        EXPECT_GE(ms_since(start), 50);
+        EXPECT_LT(ms_since(start), 30000);
+    }
 }
 
-TEST(Condition, WakesAWaiter) {
+TEST(Condition, SignalWakesAWaiterBroadcastWakesAll) {
     const mutex m;
     const condition c;
     bool ready = false;
@@ -156,14 +120,12 @@ TEST(Condition, WakesAWaiter) {
     });
     {
         std::lock_guard<const mutex> hold(m);
-        bool woken = true;
-        while (!ready && woken)
+        for (bool woken = true; !ready && woken;)
             woken = c.wait(m, timestamp(30, 1));
         EXPECT_TRUE(ready);
     }
     poster.join();
 
-    // broadcast releases every waiter of an untimed wait.
     int released = 0;
     bool go = false;
     std::thread waiters[3];
@@ -200,28 +162,21 @@ TEST(Rwlock, ReadersShareAWriterExcludes) {
         EXPECT_FALSE(l.trylock_rd());
         EXPECT_FALSE(l.trylock_wr());
     });
+    // Locking over its own write hold is reported instead of hanging.
+    expect_call_failure([&] { l.lock_wr(); }, "lib/nubase/src/rwlock", 74, "rwlock wrlock error");
+    expect_call_failure([&] { l.lock_rd(); }, "lib/nubase/src/rwlock", 65, "rwlock rdlock error");
     l.unlock();
     EXPECT_TRUE(l.trylock_wr());
     l.unlock();
 }
 
-TEST(Rwlock, LockingOverOwnWriteHoldRaises) {
-    // The platform reports the self-deadlock instead of hanging.
-    rwlock l;
-    l.lock_wr();
-    expect_call_failure([&] { l.lock_wr(); }, "lib/nubase/src/rwlock", 74, "rwlock wrlock error");
-    expect_call_failure([&] { l.lock_rd(); }, "lib/nubase/src/rwlock", 65, "rwlock rdlock error");
-    l.unlock();
-}
-
 TEST(Semaphore, Counting) {
-    struct step {
+    const struct {
         const char* what;
         void (*act)(semaphore&);
         bool taken;  // what trywait then returns
         int value;   // the value afterwards
-    };
-    const step steps[] = {
+    } steps[] = {
         {"empty", [](semaphore&) {}, false, 0},
         {"post(3) gives three units", [](semaphore& s) { s.post(3); }, true, 2},
         {"second", [](semaphore&) {}, true, 1},
@@ -232,7 +187,7 @@ TEST(Semaphore, Counting) {
         {"then one more", [](semaphore& s) { s.post(); }, true, 0},
     };
     semaphore s(0);
-    for (const step& st : steps) {
+    for (const auto& st : steps) {
         SCOPED_TRACE(st.what);
         st.act(s);
         EXPECT_EQ(st.taken, s.trywait());
@@ -240,16 +195,7 @@ TEST(Semaphore, Counting) {
     }
 }
 
-TEST(Semaphore, TrywaitNeverBlocksOnItsMutex) {
-    semaphore s(2);
-    s.get_mutex().lock();
-    on_other_thread([&] { EXPECT_FALSE(s.trywait()); });
-    s.get_mutex().unlock();
-    EXPECT_EQ(2, s.get_value());
-    EXPECT_TRUE(s.trywait());
-}
-
-TEST(Semaphore, TimedWaits) {
+TEST(Semaphore, TimedWaitsAndTrywaitNeverBlock) {
     semaphore s(0);
     const auto start = clock_type::now();
     EXPECT_FALSE(s.wait(timestamp(50, 1000)));
@@ -260,33 +206,33 @@ TEST(Semaphore, TimedWaits) {
     s.post();
     EXPECT_TRUE(s.wait_abs(timestamp(1, 1)));
     EXPECT_FALSE(s.wait_abs(timestamp(1, 1)));
-    EXPECT_EQ(0, s.get_value());
+
+    // trywait does not wait for the semaphore's own mutex either.
+    s.post(2);
+    s.get_mutex().lock();
+    on_other_thread([&] { EXPECT_FALSE(s.trywait()); });
+    s.get_mutex().unlock();
+    EXPECT_EQ(2, s.get_value());
+    EXPECT_TRUE(s.trywait());
 }
 
 TEST(Semaphore, HandsUnitsAcrossThreads) {
     constexpr int k_units = 2000;
-    semaphore items(0), done(0);
+    semaphore items(0);
     std::atomic<int> taken{0};
     std::thread consumers[2];
     for (auto& c : consumers) {
         c = std::thread([&] {
-            for (int i = 0; i < k_units / 2; ++i) {
-                if (i % 2) {
-                    items.wait();
-                } else {
-                    ASSERT_TRUE(items.wait(timestamp(30, 1)));
-                }
+            for (int i = 0; i < k_units / 2; ++i) {  // untimed and timed waits in turn
+                ASSERT_TRUE(i % 2 ? (items.wait(), true) : items.wait(timestamp(30, 1)));
                 ++taken;
             }
-            done.post();
         });
     }
     for (int i = 0; i < k_units; i += 4) {
         items.post();
         items.post(3);
     }
-    done.wait();
-    done.wait();
     for (auto& c : consumers)
         c.join();
     EXPECT_EQ(k_units, taken.load());

@@ -1,5 +1,5 @@
-// Threads: start, join, detach, the stop on destruction, cancellation, and the fatal report of
-// an exception escaping the work.
+// Threads: start, join, detach, the stop on destruction, cancellation, signals, and the fatal
+// report of an exception escaping the work.
 #include "nubase/thread.hpp"
 
 #include <gtest/gtest.h>
@@ -19,7 +19,7 @@ using nubase::thread;
 using nubase::thread_base;
 using nubase::timestamp;
 
-// Work built from a lambda; counts the stop requests.
+// Work built from a lambda, which is given the work itself; counts the stop requests.
 template <class F>
 struct work : thread_base {
     explicit work(F a_body) : body(a_body) {}
@@ -28,25 +28,9 @@ struct work : thread_base {
     F body;
     std::atomic<int> terminated{0};
 };
-template <class F>
-work<F> make_work(F a_body) {
-    return work<F>(a_body);
-}
-
-// Loops until told to stop, then counts.
-struct looper : thread_base {
-    std::atomic<bool> stop{false};
-    std::atomic<int> runs{0};
-    void terminate() override { stop = true; }
-    void operator()() override {
-        while (!stop)
-            thread::yield();
-        ++runs;
-    }
-};
 
 TEST(Thread, JoinReturnsToIdleAndIsIdempotent) {
-    auto w = make_work([](thread_base&) {});
+    work w([](thread_base&) {});
     thread t(w);
     EXPECT_TRUE(t.running());
     t.join();
@@ -62,14 +46,25 @@ TEST(Thread, JoinReturnsToIdleAndIsIdempotent) {
     EXPECT_FALSE(idle.running());
 }
 
-TEST(Thread, DestructionStopsAndJoins) {
-    looper l;
-    { thread t(l); }  // terminate() ends the loop; the join waits for it
-    EXPECT_EQ(1, l.runs.load());
+TEST(Thread, DestructionAndRestartStopTheRunningWork) {
+    std::atomic<int> runs{0};
+    const auto loop = [&](auto& a_self) {
+        while (a_self.terminated == 0)
+            thread::yield();
+        ++runs;
+    };
+    work first(loop), second(loop);
+    {
+        thread t(first);
+        t.start(second);
+        EXPECT_EQ(1, runs.load());  // the first stopped and joined before the second started
+        EXPECT_TRUE(t.running());
+    }  // terminate() ends the loop; the join waits for it
+    EXPECT_EQ(2, runs.load());
 
     // A work that has already returned is joined at once; terminate is still asked.
     semaphore finished(0);
-    auto w = make_work([&](thread_base&) { finished.post(); });
+    work w([&](thread_base&) { finished.post(); });
     {
         thread t(w);
         finished.wait();
@@ -77,19 +72,11 @@ TEST(Thread, DestructionStopsAndJoins) {
     EXPECT_EQ(1, w.terminated.load());
 }
 
-TEST(Thread, RestartStopsTheRunningWorkFirst) {
-    looper first, second;
-    thread t(first);
-    t.start(second);
-    EXPECT_EQ(1, first.runs.load());  // stopped and joined before the second started
-    EXPECT_TRUE(t.running());
-}
-
 TEST(Thread, JoinAndDestructionFromInsideTheWork) {
     // join() inside the work does nothing; deleting the owner there detaches the thread.
     semaphore done(0);
     thread* owner = new thread;
-    auto w = make_work([&](thread_base&) {
+    work w([&](thread_base&) {
         owner->join();
         EXPECT_TRUE(owner->running());
         delete owner;
@@ -98,14 +85,13 @@ TEST(Thread, JoinAndDestructionFromInsideTheWork) {
     owner->start(w);
     ASSERT_TRUE(done.wait(timestamp(30, 1)));
     EXPECT_EQ(0, w.terminated.load());
-    // `w` outlives the detached thread's last touch of it: post() is its final action. Give the
-    // thread a moment to leave before `w` and `done` go.
+    // post() is the detached thread's last touch of `w`; let it leave before `w` and `done` go.
     usleep(10000);
 }
 
 TEST(Thread, DetachedIsNotJoinedAgain) {
     semaphore go(0), done(0);
-    auto w = make_work([&](thread_base&) {
+    work w([&](thread_base&) {
         go.wait();
         done.post();
     });
@@ -130,7 +116,7 @@ TEST(Thread, DetachedIsNotJoinedAgain) {
 
 TEST(Thread, ExitAndCancelEndOnlyTheThread) {
     std::atomic<bool> after_exit{false};
-    auto exiting = make_work([&](thread_base&) {
+    work exiting([&](thread_base&) {
         thread::exit();
         after_exit = true;  // never reached
     });
@@ -140,7 +126,7 @@ TEST(Thread, ExitAndCancelEndOnlyTheThread) {
 
     // Cancellation unwinds through the guarded start routine without being taken for a failure.
     std::atomic<bool> started{false};
-    auto cancelled = make_work([&](thread_base&) {
+    work cancelled([&](thread_base&) {
         started = true;
         for (;;)
             thread::cancel_point();
@@ -155,7 +141,7 @@ TEST(Thread, ExitAndCancelEndOnlyTheThread) {
 TEST(Thread, DestructionDuringUnwindingCancels) {
     // The work ignores terminate(); only the cancel of an unwinding destructor ends it early.
     std::atomic<bool> cancelled{true};
-    auto stubborn = make_work([&](thread_base&) {
+    work stubborn([&](thread_base&) {
         const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
         while (std::chrono::steady_clock::now() < until)
             thread::cancel_point();
@@ -181,7 +167,7 @@ TEST(Thread, SignalReachesTheThread) {
     action.sa_handler = [](int) { ++g_signalled; };
     sigemptyset(&action.sa_mask);
     ASSERT_EQ(0, sigaction(SIGUSR2, &action, &previous));
-    auto w = make_work([](thread_base&) {
+    work w([](thread_base&) {
         while (g_signalled == 0)
             thread::yield();
     });
@@ -193,12 +179,8 @@ TEST(Thread, SignalReachesTheThread) {
     EXPECT_EQ(1, g_signalled.load());
 }
 
-class ThreadDeathTest : public ::testing::Test {
-  protected:
-    void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
-};
-
-TEST_F(ThreadDeathTest, EscapingExceptionAbortsWithOneLine) {
+TEST(ThreadDeathTest, EscapingExceptionAbortsWithOneLine) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
     struct row {
         const char* what;
         void (*body)(thread_base&);
@@ -218,7 +200,7 @@ TEST_F(ThreadDeathTest, EscapingExceptionAbortsWithOneLine) {
         EXPECT_EXIT(
             {
                 dup2(2, 1);  // the report goes to standard output
-                auto w = make_work(r.body);
+                work w(r.body);
                 thread t(w);
                 t.join();
             },
