@@ -27,9 +27,9 @@ class DebugChannels : public ::testing::Test {
         og::mask_clear_range(0, ~0ULL);
         og::mask_set_range(0, 4);
     }
-    static std::string printed_mask() {
+    static std::string printed_mask(unsigned long long a_channel = 0) {
         CaptureStderr();
-        og::mask_print(0);
+        og::mask_print(a_channel);
         return GetCapturedStderr();
     }
 };
@@ -61,9 +61,7 @@ TEST_F(DebugChannels, RangesListsAndRunPrinting) {
 
     og::mask_set_range(9, 8);  // first > last: nothing
     og::mask_clear_range(0, 2);
-    CaptureStderr();
-    og::mask_print(3);
-    EXPECT_EQ("{ 3, 4, [10..12], }\n", GetCapturedStderr());
+    EXPECT_EQ("{ 3, 4, [10..12], }\n", printed_mask(3));
 
     // Runs that cross 32-bit word boundaries.
     og::mask_clear_range(0, 100);
@@ -71,18 +69,14 @@ TEST_F(DebugChannels, RangesListsAndRunPrinting) {
     EXPECT_TRUE(og::mask_bit(30) && og::mask_bit(31) && og::mask_bit(32) && og::mask_bit(65));
     EXPECT_FALSE(og::mask_bit(29) || og::mask_bit(66));
     og::mask_clear_range(31, 64);
-    CaptureStderr();
-    og::mask_print(30);
-    EXPECT_EQ("{ 30, 65, }\n", GetCapturedStderr());
+    EXPECT_EQ("{ 30, 65, }\n", printed_mask(30));
 
     const unsigned long long k_list[] = {7, 8, 1023};
     og::mask_set_bits(k_list, 3);
     og::mask_set_bits(nullptr, 3);
     og::mask_clear_bits(k_list + 2, 1);
-    CaptureStderr();
-    og::mask_print(7);
-    og::mask_print(1);  // off: prints nothing
-    EXPECT_EQ("{ 7, 8, 30, 65, }\n", GetCapturedStderr());
+    EXPECT_EQ("{ 7, 8, 30, 65, }\n", printed_mask(7));
+    EXPECT_EQ("", printed_mask(1)) << "channel 1 is off";
 }
 
 TEST_F(DebugChannels, PrintAndFlushFollowTheMask) {
@@ -100,11 +94,8 @@ TEST_F(DebugChannels, HexDumpLayout) {
     og::print_buf(0, nullptr, 3);
     og::print_buf(0, k_three, 0);
     og::print_buf(9, k_three, 3);
-    const std::string l_one = GetCapturedStderr();
-    const std::string k_expected = std::string("00000000  41 00 7f ") + std::string(41, ' ') +
-                                   "|A.." + std::string(13, ' ') + "|\n";
-    ASSERT_EQ(79u, k_expected.size());
-    EXPECT_EQ(k_expected, l_one);
+    EXPECT_EQ("00000000  41 00 7f " + std::string(41, ' ') + "|A.." + std::string(13, ' ') + "|\n",
+              GetCapturedStderr());
 
     unsigned char l_bytes[33];
     for (unsigned i = 0; i < sizeof l_bytes; ++i)

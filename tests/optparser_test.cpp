@@ -15,10 +15,12 @@ namespace {
 
 using nubase::arg::optparser;
 
-// Records every callback as "id:arg,arg" and answers with preset results.
+// Records every callback as "id:arg,arg" (a letter id as the letter) and answers with preset
+// results.
 struct recorder : nubase::arg::opt_functor {
     int operator()(int id, std::vector<const char*> args) override {
-        std::string call = std::to_string(id) + ":";
+        std::string call =
+            (id >= 'a' && id <= 'z' ? std::string(1, char(id)) : std::to_string(id)) + ":";
         for (std::size_t i = 0; i < args.size(); ++i)
             call += (i ? "," : "") + std::string(args[i]);
         calls.push_back(call);
@@ -33,6 +35,7 @@ struct parse_run {
     bool result;
     std::vector<std::string> calls;
     std::string errors;
+    int stopped;
 };
 
 parse_run parse(std::vector<std::string> args, std::map<int, int> results = {}) {
@@ -55,7 +58,7 @@ parse_run parse(std::vector<std::string> args, std::map<int, int> results = {}) 
         argv.push_back(a.data());
     testing::internal::CaptureStderr();
     const bool result = p.parse(static_cast<unsigned>(argv.size()), argv.data());
-    return {result, r.calls, testing::internal::GetCapturedStderr()};
+    return {result, r.calls, testing::internal::GetCapturedStderr(), r.stopped_at()};
 }
 
 TEST(OptParser, ParseRules) {
@@ -65,88 +68,61 @@ TEST(OptParser, ParseRules) {
         bool result;
         calls expected;
         std::string errors;
+        std::map<int, int> results = {};  // callback results other than the argument count
+        int stopped = 0;
     };
-    const int a = 'a', b = 'b', c = 'c', d = 'd', e = 'e', i = 'i', j = 'j';
-    const auto id = [](int n, const std::string& rest) { return std::to_string(n) + ":" + rest; };
     const row rows[] = {
-        {{"-a", "nope"}, true, {id(a, ""), "1:nope"}, ""},
-        {{"-a", "-b"}, false, {id(a, "")}, "*** too few arguments for option `b'\n"},
-        {{"-a", "-b", "yes"}, true, {id(a, ""), id(b, "yes")}, ""},
-        {{"-a", "-d", "yes"}, false, {id(a, "")}, "*** too few arguments for option `d'\n"},
-        {{"--aaa", "--bbb"}, false, {id(a, "")}, "*** too few arguments for option `bbb'\n"},
+        {{"-a", "nope"}, true, {"a:", "1:nope"}, ""},
+        {{"-a", "-b"}, false, {"a:"}, "*** too few arguments for option `b'\n"},
+        {{"-a", "-b", "yes"}, true, {"a:", "b:yes"}, ""},
+        {{"-a", "-d", "yes"}, false, {"a:"}, "*** too few arguments for option `d'\n"},
+        {{"--aaa", "--bbb"}, false, {"a:"}, "*** too few arguments for option `bbb'\n"},
         {{"--aaa", "--ddd", "yes", "again", "and", "again", "and", "again"},
          true,
-         {id(a, ""), id(d, "yes,again,and,again"), "1:and", "1:again"},
+         {"a:", "d:yes,again,and,again", "1:and", "1:again"},
          ""},
         // Long names are taken whole: no "=" splitting.
         {{"--ddd=yes,again"}, false, {}, "*** no such option `ddd=yes,again'\n"},
         {{"-z"}, false, {}, "*** no such option `z'\n"},
         // "-" and "-5" are arguments where arguments are gathered; "-" alone is ignored.
-        {{"-b", "-5", "-", "--bbb", "-"}, true, {id(b, "-5"), id(b, "-")}, ""},
+        {{"-b", "-5", "-", "--bbb", "-"}, true, {"b:-5", "b:-"}, ""},
         {{"-"}, true, {}, ""},
         // Short groups: flags go on, an option with arguments ends the group.
-        {{"-ai", "-c=3", "-ij1"},
-         true,
-         {id(a, ""), id(i, ""), id(c, "=3"), id(i, ""), id(j, "1")},
-         ""},
-        {{"-cb"}, true, {id(c, "b")}, ""},
-        {{"-c", "--l2n", "x"}, false, {id(c, "")}, "*** too few arguments for option `l2n'\n"},
+        {{"-ai", "-c=3", "-ij1"}, true, {"a:", "i:", "c:=3", "i:", "j:1"}, ""},
+        {{"-cb"}, true, {"c:b"}, ""},
+        {{"-c", "--l2n", "x"}, false, {"c:"}, "*** too few arguments for option `l2n'\n"},
         {{"--aaa", "-c=3", "--ccc", "4", "--l0", "--l1", "hej", "what?", "-ij1", "--l2n", "yes",
           "again", "and", "again"},
          true,
-         {id(a, ""), id(c, "=3"), id(c, "4"), "-1:", "-2:hej", "1:what?", id(i, ""), id(j, "1"),
-          "-3:yes,again,and,again"},
+         {"a:", "c:=3", "c:4", "-1:", "-2:hej", "1:what?", "i:", "j:1", "-3:yes,again,and,again"},
          ""},
         // "--" ends the options; every later element is a free argument.
-        {{"-a", "--", "-b", "--", "x"}, true, {id(a, ""), "1:-b", "1:--", "1:x"}, ""},
-        {{"-e", "a1", "a2", "a3", "a4", "a5"}, true, {id(e, "a1,a2,a3,a4,a5")}, ""},
+        {{"-a", "--", "-b", "--", "x"}, true, {"a:", "1:-b", "1:--", "1:x"}, ""},
+        {{"-e", "u", "v", "w", "x", "y"}, true, {"e:u,v,w,x,y"}, ""},
+        // Arguments a callback did not consume are handed back as free arguments, but an
+        // attached one consumed no element: nothing re-reads the same element.
+        {{"-e", "u", "v", "w", "x", "y"},
+         true,
+         {"e:u,v,w,x,y", "1:w", "1:x", "1:y"},
+         "",
+         {{'e', 2}}},
+        {{"--eee", "u", "v", "w", "x", "y"}, true, {"e:u,v,w,x,y", "1:y"}, "", {{'e', 4}}},
+        {{"-c=3", "x"}, true, {"c:=3", "1:x"}, "", {{'c', 1}}},
+        {{"-c", "x"}, true, {"c:x", "1:x"}, "", {{'c', 0}}},
+        {{"-c=3", "y"}, true, {"c:=3", "1:y"}, "", {{'c', 0}}},
+        // A result of -1 stops the parse with success, except after "--".
+        {{"-a", "-b", "x", "-a"}, true, {"a:", "b:x"}, "", {{'b', -1}}, 'b'},
+        {{"x", "y"}, true, {"1:x"}, "", {{1, -1}}, 1},
+        {{"--", "x", "y", "z"}, true, {"1:x", "1:y", "1:z"}, "", {{1, -1}}},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(testing::PrintToString(r.args));
-        const parse_run run = parse(r.args);
+        const parse_run run = parse(r.args, r.results);
         EXPECT_EQ(r.result, run.result);
         EXPECT_EQ(r.expected, run.calls);
         EXPECT_EQ(r.errors, run.errors);
+        EXPECT_EQ(r.stopped, run.stopped);
     }
-}
-
-TEST(OptParser, CallbacksHandArgumentsBack) {
-    const int e = 'e', c = 'c';
-    // Consuming 2 of 5 hands the other three back as free arguments.
-    EXPECT_EQ(
-        (std::vector<std::string>{std::to_string(e) + ":a1,a2,a3,a4,a5", "1:a3", "1:a4", "1:a5"}),
-        parse({"-e", "a1", "a2", "a3", "a4", "a5"}, {{e, 2}}).calls);
-    EXPECT_EQ((std::vector<std::string>{std::to_string(e) + ":a1,a2,a3,a4,a5", "1:a5"}),
-              parse({"--eee", "a1", "a2", "a3", "a4", "a5"}, {{e, 4}}).calls);
-    // An attached argument consumed no element: consuming 1 of "=3","x" re-reads "x".
-    EXPECT_EQ((std::vector<std::string>{std::to_string(c) + ":=3", "1:x"}),
-              parse({"-c=3", "x"}, {{c, 1}}).calls);
-    // Consuming nothing of a gathered argument hands it back.
-    EXPECT_EQ((std::vector<std::string>{std::to_string(c) + ":x", "1:x"}),
-              parse({"-c", "x"}, {{c, 0}}).calls);
-    // Nothing re-reads the same element: an attached argument left unconsumed is dropped.
-    EXPECT_EQ((std::vector<std::string>{std::to_string(c) + ":=3", "1:y"}),
-              parse({"-c=3", "y"}, {{c, 0}}).calls);
-}
-
-TEST(OptParser, StopRequests) {
-    recorder r;
-    r.results = {{'b', -1}};
-    optparser p(&r);
-    p.add_opt('a', "aaa", 0, 0);
-    p.add_opt('b', "bbb", 1, 1);
-    std::vector<std::string> args = {"prog", "-a", "-b", "x", "-a"};
-    std::vector<char*> argv;
-    for (auto& a : args)
-        argv.push_back(a.data());
-    EXPECT_TRUE(p.parse(static_cast<unsigned>(argv.size()), argv.data()));
-    EXPECT_EQ('b', r.stopped_at());
-    EXPECT_EQ(2u, r.calls.size());
-
-    EXPECT_TRUE(parse({"x", "y"}, {{1, -1}}).result);
-    EXPECT_EQ(1u, parse({"x", "y"}, {{1, -1}}).calls.size());
-    // After "--" a stop request is ignored.
-    EXPECT_EQ(3u, parse({"--", "x", "y", "z"}, {{1, -1}}).calls.size());
 }
 
 TEST(OptParser, TableLookupAndRedeclaration) {
@@ -162,8 +138,7 @@ TEST(OptParser, TableLookupAndRedeclaration) {
     EXPECT_EQ(p.end(), p.get(nullptr));
 }
 
-// Runs `body` against a parser with options a/aaa, long-only "html-only", short-only 'x', and
-// returns what the help formatter wrote.
+// What the help formatter writes for `body` on a parser with a few kinds of option.
 template <class Body>
 std::string help(bool html, Body body, unsigned width = 80) {
     recorder r;
@@ -180,34 +155,61 @@ std::string help(bool html, Body body, unsigned width = 80) {
     return read_and_close(f);
 }
 
-TEST(HelpFormatter, OptionHeadersInBothModes) {
-    struct row {
+TEST(HelpFormatter, DescriptionsInBothModes) {
+    const struct {
         const char* what;
         bool html;
-        int id;
-        std::string expected;
-    };
-    const row rows[] = {
-        {"short and long", false, 'a',
+        int id;  // 0: a paragraph without an option
+        std::string text, expected;
+        unsigned width = 80;
+    } rows[] = {
+        {"short and long", false, 'a', "text",
          "\033[20C\033[1m-a\n\033[0m\033[17C\033[1m--aaa  \033[0mtext\n"},
-        {"long only", false, -1, "\033[11C\033[1m--only-long  \033[0mtext\n"},
-        {"short only", false, 'x', "\033[20C\033[1m-x  \033[0mtext\n"},
-        {"long name of 20", false, 't',
+        {"long only", false, -1, "text", "\033[11C\033[1m--only-long  \033[0mtext\n"},
+        {"short only", false, 'x', "text", "\033[20C\033[1m-x  \033[0mtext\n"},
+        {"long name of 20", false, 't', "text",
          "\033[20C\033[1m-t\n\033[0m\033[0C\033[1m--a-twenty-char-name-x  \033[0mtext\n"},
-        {"html short and long", true, 'a',
+        {"html short and long", true, 'a', "text",
          std::string(20, ' ') + "<strong>-a\n</strong>" + std::string(17, ' ') +
              "<strong>--aaa  </strong>text\n"},
-        {"html short only", true, 'x', std::string(20, ' ') + "<strong>-x  </strong>text\n"},
-        {"undeclared", false, 'q', ""},
+        {"html short only", true, 'x', "text",
+         std::string(20, ' ') + "<strong>-x  </strong>text\n"},
+        {"undeclared", false, 'q', "text", ""},
+        {"paragraph", false, 0, "text", "\033[0Ctext\n"},
+        {"unknown code", false, 0, "a!X!b", "\033[0Ca!b\n"},
+        {"trailing mark", false, 0, "The Option parser parses options!",
+         "\033[0CThe Option parser parses options\n"},
+        {"styles", false, 0, "!S!bold!SE! !SA!u!SAE!!SAA!v!SAAE!",
+         "\033[0C\033[1mbold\033[0m \033[4mu\033[0m\033[4mv\033[0m\n"},
+        {"quotes", false, 0, "!Q!q!QE!", "\033[0C\"q\"\n"},
+        {"angles", false, 0, "!LT!x!GT!", "\033[0C&lt;x&gt;\n"},
+        {"html angles", true, 0, "!LT!x!GT!", "&amp;lt;x&amp;gt;\n"},
+        {"html strong", true, 0, "!S!b!SE!", "<strong>b</strong>\n"},
+        {"lower case", false, 0, "!s!Sx!", "\033[0CsSx\n"},
+        {"html escapes", true, 0, "a<b&c", "a&lt;b&amp;c\n"},
+        // Wrapping at the width; markup does not count towards the column.
+        {"the last space that fits", false, 0, "aaaa bbbb cccc dddd",
+         "\033[0Caaaa bbbb cccc\n\033[0Cdddd\n", 16},
+        {"a space exactly at the width", false, 0, "aaaaaaaaaaaaaaaaaaa b",
+         "\033[0Caaaaaaaaaaaaaaaaaaa\n\033[0Cb\n", 19},
+        {"a word longer than the room, then a break", false, 0, "xxxxxxxxxxxxxxxxxxxxxxxxx",
+         "\033[0Cxxxxxxxxxxxxxxxxxxxxxxxxx\n\033[0C\n", 20},
+        {"no space within the room: the first beyond it", false, 0, "xxxxxxxxxxxxxxxxxxxxxxxx yy",
+         "\033[0Cxxxxxxxxxxxxxxxxxxxxxxxx\n\033[0Cyy\n", 20},
+        {"option text continues at column 24", false, 'x', "!S!ab!SE! cd ef",
+         "\033[20C\033[1m-x  \033[0m\033[1mab\033[0m cd\n\033[24Cef\n", 30},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.what);
-        EXPECT_EQ(r.expected, help(r.html, [&](optparser& p) { p.add_desc(r.id, "text"); }));
+        const auto describe = [&](optparser& p) {
+            r.id ? p.add_desc(r.id, r.text.c_str()) : p.add_desc(r.text.c_str());
+        };
+        EXPECT_EQ(r.expected, help(r.html, describe, r.width));
     }
+    EXPECT_EQ("a&lt;b&amp;c&gt;", help(true, [](optparser& p) { p.print("a<b&c>"); }));
 }
 
 TEST(HelpFormatter, PlainParagraphsAndIndentation) {
-    EXPECT_EQ("\033[0Ctext\n", help(false, [](optparser& p) { p.add_desc("text"); }));
     EXPECT_EQ("\033[0C\033[1mNAME\n\033[0m",
               help(false, [](optparser& p) { p.add_desc_indent1("NAME"); }));
     EXPECT_EQ("\033[8Cpara\n", help(false, [](optparser& p) {
@@ -237,56 +239,6 @@ TEST(HelpFormatter, PlainParagraphsAndIndentation) {
     }
     p.set_indentation(3);
     EXPECT_EQ(16u, p.get_indentation_column());
-}
-
-TEST(HelpFormatter, MarkupCodes) {
-    struct row {
-        const char* text;
-        bool html;
-        std::string expected;
-    };
-    const row rows[] = {
-        {"a!X!b", false, "a!b"},
-        {"The Option parser parses options!", false, "The Option parser parses options"},
-        {"!S!bold!SE! !SA!u!SAE!!SAA!v!SAAE!", false,
-         "\033[1mbold\033[0m \033[4mu\033[0m\033[4mv\033[0m"},
-        {"!Q!q!QE!", false, "\"q\""},
-        {"!LT!x!GT!", false, "&lt;x&gt;"},
-        {"!LT!x!GT!", true, "&amp;lt;x&amp;gt;"},
-        {"!S!b!SE!", true, "<strong>b</strong>"},
-        {"!s!Sx!", false, "sSx"},
-        {"a<b&c", true, "a&lt;b&amp;c"},
-    };
-    for (const auto& r : rows) {
-        SCOPED_TRACE(r.text);
-        const std::string prefix = r.html ? "" : "\033[0C";
-        EXPECT_EQ(prefix + r.expected + "\n",
-                  help(r.html, [&](optparser& p) { p.add_desc(r.text); }));
-    }
-    EXPECT_EQ("a&lt;b&amp;c&gt;", help(true, [](optparser& p) { p.print("a<b&c>"); }));
-}
-
-TEST(HelpFormatter, WrapsAtTheWidth) {
-    // Width 16 at column 0: the line breaks at the last space that fits.
-    EXPECT_EQ("\033[0Caaaa bbbb cccc\n\033[0Cdddd\n",
-              help(
-                  false, [](optparser& p) { p.add_desc("aaaa bbbb cccc dddd"); }, 16));
-    // A break exactly at the width: the space at index 20 - c is still used.
-    EXPECT_EQ("\033[0Caaaaaaaaaaaaaaaaaaa\n\033[0Cb\n",
-              help(
-                  false, [](optparser& p) { p.add_desc("aaaaaaaaaaaaaaaaaaa b"); }, 19));
-    // A word longer than the room is printed whole and followed by a break.
-    EXPECT_EQ("\033[0Cxxxxxxxxxxxxxxxxxxxxxxxxx\n\033[0C\n",
-              help(
-                  false, [](optparser& p) { p.add_desc("xxxxxxxxxxxxxxxxxxxxxxxxx"); }, 20));
-    // With no space within the room the line breaks at the first space beyond it.
-    EXPECT_EQ("\033[0Cxxxxxxxxxxxxxxxxxxxxxxxx\n\033[0Cyy\n",
-              help(
-                  false, [](optparser& p) { p.add_desc("xxxxxxxxxxxxxxxxxxxxxxxx yy"); }, 20));
-    // Option text continues at column 24, markup does not count towards the column.
-    EXPECT_EQ("\033[20C\033[1m-x  \033[0m\033[1mab\033[0m cd\n\033[24Cef\n",
-              help(
-                  false, [](optparser& p) { p.add_desc('x', "!S!ab!SE! cd ef"); }, 30));
 }
 
 }  // namespace

@@ -35,6 +35,12 @@ std::string slurp(const std::string& path) {
     return s.str();
 }
 
+// A failure is reported in one line that begins with "*** ".
+void expect_one_error_line(const std::string& err) {
+    EXPECT_THAT(err, StartsWith("*** "));
+    EXPECT_EQ(1, std::count(err.begin(), err.end(), '\n')) << err;
+}
+
 class Tool : public testing::Test {
   protected:
     void SetUp() override {
@@ -42,13 +48,7 @@ class Tool : public testing::Test {
         ASSERT_NE(nullptr, mkdtemp(pattern));
         dir = pattern;
     }
-    void TearDown() override {
-        for (const char* name : {"stdin", "stdout", "stderr", "clip.mov", "video.mov", "good.mov",
-                                 "text.mov", "cut.mov", "data.bin", "es.bin"}) {
-            std::remove(path(name).c_str());
-        }
-        rmdir(dir.c_str());
-    }
+    void TearDown() override { EXPECT_EQ(0, std::system(("rm -rf " + dir).c_str())); }
 
     std::string path(const std::string& name) const { return dir + "/" + name; }
 
@@ -60,7 +60,7 @@ class Tool : public testing::Test {
         return write(name, std::string(bytes.data(), bytes.data() + bytes.size()));
     }
 
-    // Runs the tool with `args`, standard input from `input`; output captured through files.
+    // Runs the tool with `args` and standard input `input`, capturing its output through files.
     result run(const std::vector<std::string>& args, const std::string& input = "") const {
         const std::string in = write("stdin", input), out = path("stdout"), err = path("stderr");
         const pid_t pid = fork();
@@ -87,15 +87,9 @@ class Tool : public testing::Test {
     std::string dir;
 };
 
-// Expected labels worked out by hand: at 29.97 drop-frame a minute holds 1798 frames except
-// every tenth (1800), ten minutes 17982, an hour 107892.
+// At 29.97 drop-frame a minute holds 1798 frames (every tenth 1800), an hour 107892.
 TEST_F(Tool, ProbeReadsTheFirstTimecodeSample) {
     using nubase_tool::movie_layout;
-    struct row {
-        const char* what;
-        movie_layout layout;
-        std::string expected;
-    };
     const auto layout = [](std::uint32_t scale, std::uint32_t duration, unsigned fps, bool drop,
                            std::uint32_t frame) {
         movie_layout s;
@@ -114,7 +108,11 @@ TEST_F(Tool, ProbeReadsTheFirstTimecodeSample) {
     mp4.mp4 = true;
     mp4.large_media_size = true;
     mp4.movie_first = false;
-    const row rows[] = {
+    const struct {
+        const char* what;
+        movie_layout layout;
+        std::string expected;
+    } rows[] = {
         {"29.97 drop", layout(30000, 1001, 30, true, 107892), "01:00:00;00 29.97 fps drop-frame"},
         {"tenth minute", layout(30000, 1001, 30, true, 17982), "00:10:00;00 29.97 fps drop-frame"},
         {"co64, first dropped minute", co64, "00:01:00;02 29.97 fps drop-frame"},
@@ -174,21 +172,17 @@ TEST_F(Tool, ProbeSurvivesEveryTruncation) {
             if (got.code == 0) {
                 EXPECT_EQ(file + ": 01:00:00;00 29.97 fps drop-frame\n", got.out);
             }
-            if (got.code == 2) {
-                EXPECT_THAT(got.err, StartsWith("*** "));
-                EXPECT_EQ(1, std::count(got.err.begin(), got.err.end(), '\n')) << got.err;
-            }
+            if (got.code == 2) expect_one_error_line(got.err);
         }
     }
 }
 
 TEST_F(Tool, TimecodeCalculator) {
-    struct row {
+    const struct {
         std::vector<std::string> args;
         int code;
         std::string out;
-    };
-    const row rows[] = {
+    } rows[] = {
         {{"tc", "00:00:59;29", "--add", "1"}, 0, "00:01:00;02\n"},
         {{"tc", "00:01:00;02", "--sub", "1", "--frames"}, 0, "00:00:59;29\nframes 1799\n"},
         {{"tc", "00:09:59;29", "--rate", "29.97", "--add", "1"}, 0, "00:10:00;00\n"},
@@ -215,10 +209,7 @@ TEST_F(Tool, TimecodeCalculator) {
         const result got = run(r.args);
         EXPECT_EQ(r.code, got.code) << got.err;
         EXPECT_EQ(r.out, got.out);
-        if (r.code == 2) {  // one line, "*** " first
-            EXPECT_THAT(got.err, StartsWith("*** "));
-            EXPECT_EQ(1, std::count(got.err.begin(), got.err.end(), '\n')) << got.err;
-        }
+        if (r.code == 2) expect_one_error_line(got.err);
     }
 }
 
