@@ -15,6 +15,18 @@ struct row3 {
     std::string p, other, expected;
 };
 
+// Checks the in-place form (on a copy of `p`) and the copying form of an edit against each row.
+template <std::size_t N, class InPlace, class Copying>
+void expect_both_forms(const row3 (&a_rows)[N], const char* a_word, InPlace a_in_place,
+                       Copying a_copying) {
+    for (const auto& l_r : a_rows) {
+        SCOPED_TRACE("'" + l_r.p + "' " + a_word + " '" + l_r.other + "'");
+        std::string l_p = l_r.p;
+        EXPECT_EQ(l_r.expected, a_in_place(l_p, l_r.other));
+        EXPECT_EQ(l_r.expected, a_copying(l_r.p, l_r.other));
+    }
+}
+
 TEST(Path, TakesPathsApart) {
     struct row {
         std::string p;
@@ -167,12 +179,14 @@ TEST(Path, RootsUnderAnyRoot) {
         {"", "r/", "/r/"},    {"/p", "r", "/p"},      {"/p", "/r/", "/p"}, {"", "/", "/"},
         {"p", "/", "/p"},     {"a/b", "r", "/r/a/b"},
     };
-    for (const auto& l_r : l_rows) {
-        SCOPED_TRACE("'" + l_r.p + "' under '" + l_r.other + "'");
-        std::string l_p = l_r.p;
-        EXPECT_EQ(l_r.expected, nubase::path_root(l_p, l_r.other));
-        EXPECT_EQ(l_r.expected, nubase::path_rooted(l_r.p, l_r.other));
-    }
+    expect_both_forms(
+        l_rows, "under",
+        [](std::string& a_p, const std::string& a_r) -> std::string {
+            return nubase::path_root(a_p, a_r);
+        },
+        [](const std::string& a_p, const std::string& a_r) {
+            return nubase::path_rooted(a_p, a_r);
+        });
 }
 
 TEST(Path, UnrootsFromAnyRoot) {
@@ -182,12 +196,14 @@ TEST(Path, UnrootsFromAnyRoot) {
         {"/p", "", "p"},    {"", "r", ""},        {"/", "x", ""},         {"///", "", "///"},
         {"///", "/", "//"}, {"//x", "/", "x"},    {"/C:/d", "/", "C:/d"}, {"r", "r", ""},
     };
-    for (const auto& l_r : l_rows) {
-        SCOPED_TRACE("'" + l_r.p + "' from '" + l_r.other + "'");
-        std::string l_p = l_r.p;
-        EXPECT_EQ(l_r.expected, nubase::path_unroot(l_p, l_r.other));
-        EXPECT_EQ(l_r.expected, nubase::path_unrooted(l_r.p, l_r.other));
-    }
+    expect_both_forms(
+        l_rows, "from",
+        [](std::string& a_p, const std::string& a_r) -> std::string {
+            return nubase::path_unroot(a_p, a_r);
+        },
+        [](const std::string& a_p, const std::string& a_r) {
+            return nubase::path_unrooted(a_p, a_r);
+        });
 }
 
 TEST(Path, NormalizesComponents) {
