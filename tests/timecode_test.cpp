@@ -4,13 +4,12 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
-#include <cstdio>
 #include <stdexcept>
 #include <string>
 #include <tuple>
 #include <utility>
-#include <vector>
 
 #include "nubase/es.hpp"
 #include "vectors/timecode.hpp"
@@ -23,6 +22,13 @@ using nubase_vectors::timecode_vectors::k_texts;
 
 std::string text_of(const timecode& a_tc) {
     return nubase::string_with_timecode(a_tc, true);
+}
+
+// A timecode read from `text` by the fixed-column setter.
+timecode at(timecode::mode_type a_mode, const char* a_text, unsigned int a_factor = 1) {
+    timecode tc(a_mode, 0, 0, 0, 0, a_factor);
+    tc.set(a_text);
+    return tc;
 }
 
 TEST(Timecode, ModesBasesAndTexts) {
@@ -47,13 +53,11 @@ TEST(Timecode, ModesBasesAndTexts) {
     EXPECT_STREQ("invalid", timecode::mode_c_str(static_cast<timecode::mode_type>(0x7019)));
 
     const std::pair<const char*, timecode::mode_type> parses[] = {
-        {"24.000", timecode::mode_24},         {"24.5", timecode::mode_invalid},
-        {"240", timecode::mode_invalid},       {"23.9761", timecode::mode_23_976},
-        {"25.000", timecode::mode_25},         {"29.970   ", timecode::mode_29_97_drop},
-        {"30.01", timecode::mode_30},          {"59.94", timecode::mode_invalid},
-        {"59.540", timecode::mode_59_94_drop}, {"6", timecode::mode_invalid},
-        {"", timecode::mode_invalid},          {" 25", timecode::mode_invalid},
-        {"50.0x", timecode::mode_50},          {"60.0", timecode::mode_60},
+        {"24.000", timecode::mode_24},   {"24.5", timecode::mode_invalid},
+        {"240", timecode::mode_invalid}, {"23.9761", timecode::mode_23_976},
+        {"30.01", timecode::mode_30},    {"29.970   ", timecode::mode_29_97_drop},
+        {"", timecode::mode_invalid},    {"59.94", timecode::mode_invalid},
+        {" 25", timecode::mode_invalid},
     };
     for (const auto& [text, mode] : parses)
         EXPECT_EQ(mode, timecode::mode_from_string(text)) << text;
@@ -66,18 +70,12 @@ TEST(Timecode, KnownLabelsCountTextAndTmcd) {
         EXPECT_EQ(v.counter, tc.counter());
         EXPECT_EQ(v.total_frames, tc.total_frames());
         EXPECT_EQ(v.text, text_of(tc));
-        EXPECT_EQ((std::vector<unsigned int>{v.hour, v.minute, v.second, v.frame}),
-                  (std::vector<unsigned int>{tc.hour(), tc.minute(), tc.second(), tc.frame()}));
-        timecode parsed(v.mode);
-        parsed.set(v.text);
         if (v.hour < 100) {  // fixed columns hold two-digit hours
-            EXPECT_EQ(tc, parsed);
+            EXPECT_EQ(tc, at(v.mode, v.text));
         }
         const unsigned int tmcd = tc.as_quicktime_tmcd();
         EXPECT_EQ(tc.is_fractional(), (tmcd & 0x80) != 0);
-        if (v.hour < 256) {
-            EXPECT_EQ(tc, nubase::timecode_with_quicktime_tmcd(v.mode, tmcd, 1));
-        }
+        EXPECT_EQ(tc, nubase::timecode_with_quicktime_tmcd(v.mode, tmcd, 1));
     }
     const timecode pal(timecode::mode_25, 1, 2, 3, 4, 2);
     EXPECT_EQ(0x01020304u, pal.as_quicktime_tmcd());
@@ -86,8 +84,8 @@ TEST(Timecode, KnownLabelsCountTextAndTmcd) {
     EXPECT_EQ(pal, from_tmcd) << "bit 7 is the drop flag, not part of the frame";
     EXPECT_EQ(2u, from_tmcd.factor());
     EXPECT_EQ("01:02:03.04", nubase::string_with_timecode(pal, false));
-    EXPECT_EQ("00:00:59,29", nubase::string_with_timecode(
-                                 timecode(timecode::mode_29_97_drop, 0, 0, 59, 29), false));
+    EXPECT_EQ("00:00:59,29",
+              nubase::string_with_timecode(at(timecode::mode_29_97_drop, "00:00:59;29"), false));
     EXPECT_EQ("", text_of(timecode(timecode::mode_invalid)));
 }
 
@@ -95,17 +93,11 @@ TEST(Timecode, KnownLabelsCountTextAndTmcd) {
 void walk_a_day(timecode::mode_type a_mode, unsigned int a_base, unsigned int a_dropped) {
     const unsigned int day = 24u * 3600u * a_base - 24u * 54u * a_dropped;
     timecode tc(a_mode);
-    unsigned int h = 0, m = 0, s = 0, f = 0, mismatches = 0;
-    for (unsigned int step = 0; step <= day && mismatches < 5; ++step, ++tc) {
-        char want[16] = "";  // the text is checked around every second's start
-        if (f <= a_dropped) std::snprintf(want, sizeof want, "%02u:%02u:%02u;%02u", h, m, s, f);
-        if (tc.hour() != h || tc.minute() != m || tc.second() != s || tc.frame() != f ||
-            tc.total_frames() != step || (f <= a_dropped && text_of(tc) != want)) {
-            ++mismatches;
-            ADD_FAILURE() << "step " << step << ": " << text_of(tc) << " frames "
-                          << tc.total_frames() << ", expected " << h << ":" << m << ":" << s << ";"
-                          << f;
-        }
+    unsigned int h = 0, m = 0, s = 0, f = 0;
+    for (unsigned int step = 0; step <= day; ++step, ++tc) {
+        ASSERT_EQ((std::array<unsigned int, 5>{h, m, s, f, step}),
+                  (std::array<unsigned int, 5>{tc.hour(), tc.minute(), tc.second(), tc.frame(),
+                                               tc.total_frames()}));
         if (++f == a_base && (f = 0, ++s == 60) && (s = 0, ++m == 60)) m = 0, ++h;
         if (s == 0 && f == 0 && m % 10 != 0) f = a_dropped;
     }
@@ -122,39 +114,30 @@ TEST(Timecode, StepOperatorsAndConsecutiveness) {
     for (unsigned int mm = 5; mm <= 14; ++mm) {  // across minute boundaries, the tenth among them
         SCOPED_TRACE(testing::Message() << "minute " << mm);
         const bool tenth = (mm + 1) % 10 == 0;
-        const timecode last(timecode::mode_29_97_drop, 0, mm, 59, 29, 1);
+        const timecode last(timecode::mode_29_97_drop, 0, mm, 59, 29, 2);  // steps of 2 frames
         timecode t = last;
-        ++t;
-        EXPECT_EQ(tenth ? 0u : 2u, t.frame());
+        EXPECT_EQ(tenth ? 1u : 3u, (++t).frame());
         EXPECT_EQ(mm + 1, t.minute());
         EXPECT_TRUE(timecode::is_consecutive(last, t));
         EXPECT_TRUE(timecode::is_consecutive(t, last)) << "order of the arguments does not matter";
         t = last;
         t += 5;
-        EXPECT_EQ(tenth ? 4u : 6u, t.frame());
-        EXPECT_EQ(tenth ? 2u : 4u,
-                  (timecode(timecode::mode_29_97_drop, 0, mm, 59, 29, 3) + 1).frame());
-        EXPECT_EQ(tenth ? 9u : 11u,
-                  (timecode(timecode::mode_29_97_drop, 0, mm, 59, 29, 2) + 5).frame());
+        EXPECT_EQ(tenth ? 9u : 11u, t.frame());
+        EXPECT_EQ(t, last + 5);
     }
 
-    timecode t(timecode::mode_29_97_drop, 0, 0, 1, 15, 1);
+    timecode t = at(timecode::mode_29_97_drop, "00:00:01:15");
     ASSERT_EQ(45u, t.counter());
     EXPECT_EQ(45u, (t++).total_frames());
     EXPECT_EQ(46u, t.total_frames());
     EXPECT_EQ(47u, (++t).total_frames());
     EXPECT_FALSE(timecode::is_consecutive(t, t)) << "equal values";
     EXPECT_FALSE(timecode::is_consecutive(t, t + 2)) << "two steps apart";
-    EXPECT_FALSE(timecode::is_consecutive(timecode(timecode::mode_29_97_drop, 0, 8, 59, 29, 1),
-                                          timecode(timecode::mode_29_97_drop, 0, 9, 0, 0, 1)))
+    EXPECT_FALSE(timecode::is_consecutive(at(timecode::mode_29_97_drop, "00:08:59;29"),
+                                          at(timecode::mode_29_97_drop, "00:09:00;00")))
         << "a skipped label";
-    const timecode thirty(timecode::mode_30, 0, 8, 59, 29, 1);
-    EXPECT_EQ("00:09:00:00", text_of(thirty + 1));
+    const timecode thirty = at(timecode::mode_30, "00:08:59:29");
     EXPECT_TRUE(timecode::is_consecutive(thirty, thirty + 1));
-    EXPECT_FALSE(timecode::is_consecutive(thirty, thirty + 2));
-    const timecode by4(timecode::mode_25, 0, 0, 0, 0, 4);
-    EXPECT_TRUE(timecode::is_consecutive(by4, by4 + 1));
-    EXPECT_EQ(4u, (by4 + 1).counter());
 
     // Equality is mode and counter, not factor.
     EXPECT_NE(timecode(timecode::mode_25, 0, 0, 1, 0), timecode(timecode::mode_24, 0, 0, 0, 25));
@@ -169,15 +152,12 @@ TEST(Timecode, StepRulesOfEachMode) {
         int frames;  // increment when positive, decrement when negative
         const char* to;
     } rows[] = {
-        {timecode::mode_59_94_drop, "00:00:59;59", 1, "00:01:00;04"},
         // Boundaries are counted within n labels of the start: two minutes fall two labels short.
         {timecode::mode_29_97_drop, "00:01:00;02", 2 * 1798, "00:03:00;00"},
         // Decrement counts the boundaries that the same step forward would cross.
-        {timecode::mode_29_97_drop, "00:00:59;28", -1, "00:00:59;27"},
         {timecode::mode_29_97_drop, "00:00:59;29", -1, "00:00:59;26"},
         {timecode::mode_29_97_drop, "00:09:59;29", -1, "00:09:59;28"},
         {timecode::mode_29_97_drop, "00:01:00;02", -1, "00:01:00;01"},  // a skipped label
-        {timecode::mode_59_94_drop, "00:00:59;59", -1, "00:00:59;54"},
         // 23.976 on a whole minute m: (m mod 2) + 1 more, one fewer when 15 divides m.
         {timecode::mode_23_976, "00:00:00;00", 1, "00:00:00;01"},
         {timecode::mode_23_976, "00:01:00;00", 1, "00:01:00;03"},
@@ -185,12 +165,12 @@ TEST(Timecode, StepRulesOfEachMode) {
         {timecode::mode_23_976, "00:15:00;00", 1, "00:15:00;02"},
         {timecode::mode_23_976, "00:01:00;01", 1, "00:01:00;02"},
         {timecode::mode_23_976, "00:01:00;00", -1, "00:00:59;23"},  // no rule backwards
-        {timecode::mode_25, "00:00:00:00", -1, "47721:51:31:20"},   // wraps in 32 bits
+        {timecode::mode_30, "00:08:59:29", 1, "00:09:00:00"},
+        {timecode::mode_25, "00:00:00:00", -1, "47721:51:31:20"},  // wraps in 32 bits
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(testing::Message() << r.from << " " << r.frames);
-        timecode t(r.mode);
-        t.set(r.from);
+        timecode t = at(r.mode, r.from);
         if (r.frames > 0) {
             t.increment(static_cast<unsigned int>(r.frames));
         } else {
@@ -225,11 +205,8 @@ TEST(Timecode, TextConstructors) {
     } rows[] = {
         {29.97f, "01:02:03;04", timecode::mode_29_97_drop, "01:02:03;04"},
         {23.976f, "00:10:00:00", timecode::mode_23_976, "00:10:00;00"},
-        {25.0f, "1:2:3:4", timecode::mode_25, "01:02:03:04"},
-        {25.0f, "1:2", timecode::mode_25, "01:02:00:00"},  // missing fields are 0
-        {25.0f, "junk", timecode::mode_25, "00:00:00:00"},
+        {25.0f, "1:2", timecode::mode_25, "01:02:00:00"},     // missing fields are 0
         {59.94f, "01:02:03;04", timecode::mode_invalid, ""},  // "59.940" is not a mode text
-        {12.5f, "01:02:03:04", timecode::mode_invalid, ""},
     };
     for (const auto& r : rows) {
         SCOPED_TRACE(r.text);
@@ -242,17 +219,10 @@ TEST(Timecode, TextConstructors) {
 TEST(Timecode, SetByFixedColumnsAndFieldSettersCarry) {
     // A null result: std::out_of_range and the value unchanged.
     const std::pair<const char*, const char*> rows[] = {
-        {"01:02:03:04", "01:02:03:04"},
-        {"01x02y03z04", "01:02:03:04"},
-        {" 1: 2: 3: 4", "01:02:03:04"},
-        {"01:02:03:4", "01:02:03:04"},
-        {"01:02:03:", "01:02:03:00"},
-        {"01:02:03", nullptr},
-        {"01:02", nullptr},
-        {"01", nullptr},
-        {"", nullptr},
-        {"0:00:01:00", "00:00:01:00"},
-        {"99:99:99:99", "100:40:42:24"},  // every field carries
+        {"01x02y03z04", "01:02:03:04"}, {" 1: 2: 3: 4", "01:02:03:04"},
+        {"01:02:03:4", "01:02:03:04"},  {"01:02:03:", "01:02:03:00"},
+        {"01:02:03", nullptr},          {"", nullptr},
+        {"0:00:01:00", "00:00:01:00"},  {"99:99:99:99", "100:40:42:24"},  // every field carries
     };
     for (const auto& [text, result] : rows) {
         SCOPED_TRACE(text);
@@ -267,11 +237,8 @@ TEST(Timecode, SetByFixedColumnsAndFieldSettersCarry) {
 
     timecode t(timecode::mode_25, 4, 4, 4, 4, 1);
     t.set_hour(1);
-    t.set_minute(1);
-    t.set_second(1);
-    t.set_frame(1);
-    EXPECT_EQ("01:01:01:01", text_of(t));
     t.set_minute(61);
+    t.set_second(1);
     t.set_frame(50);
     EXPECT_EQ("02:01:03:00", text_of(t));
 }
@@ -308,33 +275,25 @@ TEST(Timecode, FromTimestampsAndRates) {
     EXPECT_EQ("01:01:01:06", text_of(t));
     EXPECT_EQ(4u, t.factor());
     // Nominal minutes: 60 s at 29.97 is 1800 labels plus the 2 dropped in its first minute.
-    EXPECT_EQ("00:01:00;02", text_of(nubase::timecode_with_timestamp(timecode::mode_29_97_drop,
-                                                                     nubase::timestamp(60, 1))));
-    EXPECT_EQ("00:01:00;04", text_of(nubase::timecode_with_timestamp(timecode::mode_59_94_drop,
-                                                                     nubase::timestamp(60, 1))));
+    const nubase::timestamp minute(60, 1);
+    EXPECT_EQ("00:01:00;02",
+              text_of(nubase::timecode_with_timestamp(timecode::mode_29_97_drop, minute)));
+    EXPECT_EQ("00:01:00;04",
+              text_of(nubase::timecode_with_timestamp(timecode::mode_59_94_drop, minute)));
     // Truncation, not rounding, and an exact sub-second product at a huge rate.
-    EXPECT_EQ(
-        29u, nubase::timecode_with_timestamp(timecode::mode_30, nubase::timestamp(~0ULL - 1, ~0ULL))
-                 .counter());
+    const nubase::timestamp huge(~0ULL - 1, ~0ULL);
+    EXPECT_EQ(29u, nubase::timecode_with_timestamp(timecode::mode_30, huge).counter());
     // total_frames(frames) counts nominal minutes: 3598 is 00:02:00;00, not the stepped ;02.
     timecode nominal(timecode::mode_29_97_drop);
     nominal.total_frames(3598);
     EXPECT_EQ("00:02:00;00", text_of(nominal));
-    nominal.total_frames(1800);
-    EXPECT_EQ("00:01:00;02", text_of(nominal));
 
     const std::pair<double, timecode::mode_type> rows[] = {
-        {29.97, timecode::mode_29_97_drop},
-        {23.976, timecode::mode_23_976},
-        {12.5, timecode::mode_25},
-        {59.94, timecode::mode_59_94_drop},
-        {29.0, timecode::mode_invalid},
-        {30000.0 / 1001, timecode::mode_29_97_drop},
-        {3.0, timecode::mode_30},
-        {11.988, timecode::mode_23_976},
-        {-1.0, timecode::mode_invalid},
-        {1e300, timecode::mode_invalid},
-        {std::nan(""), timecode::mode_invalid},
+        {29.97, timecode::mode_29_97_drop}, {59.94, timecode::mode_59_94_drop},
+        {12.5, timecode::mode_25},  // whole rates and their integer fractions
+        {11.988, timecode::mode_23_976},    {30000.0 / 1001, timecode::mode_29_97_drop},
+        {29.0, timecode::mode_invalid},     {-1.0, timecode::mode_invalid},
+        {1e300, timecode::mode_invalid},    {std::nan(""), timecode::mode_invalid},
     };
     for (const auto& [rate, mode] : rows) {
         SCOPED_TRACE(rate);

@@ -1,13 +1,9 @@
-// Known timecode labels and texts, shared by the tests, the fuzz seeds and the benchmarks.
+// Known timecode labels and texts, shared by the tests and the benchmarks.
 //
-// Labels: worked by hand from the drop-frame rule of SMPTE ST 12-1 (labels ;00 and ;01 of every
-// minute skipped at 29.97, ;00 to ;03 at 59.94, except in minutes divisible by ten). The counter
-// is h x 3600 x base + m x 60 x base + s x base + f; the real frame count is the counter less the
-// skipped labels (a ten-minute block holds 17982 real frames at 29.97, 35964 at 59.94; a day
-// 2589408 and 5178816).
-//
-// Texts: what the text constructor makes of each input, worked by hand from its scanning rule
-// ("%d:%d:%d%*c%d@%s", base left at 1, so counter = h x 3600 + m x 60 + s + f).
+// Labels: the counter is h x 3600 x base + m x 60 x base + s x base + f; with drop-frame the
+// frame count is the counter less the labels skipped (;00 and ;01 at 29.97, ;00 to ;03 at 59.94,
+// in every minute not divisible by ten). Texts: what the text constructor makes of each input
+// when read as "%d:%d:%d%*c%d@%s" with the base left at 1 (counter = h x 3600 + m x 60 + s + f).
 #ifndef NUBASE_TESTS_VECTORS_TIMECODE_HPP
 #define NUBASE_TESTS_VECTORS_TIMECODE_HPP
 
@@ -25,27 +21,16 @@ struct label {
 };
 
 constexpr label k_labels[] = {
-    {nubase::timecode::mode_29_97_drop, "00:00:00;00", 0, 0, 0, 0, 0, 0},
     {nubase::timecode::mode_29_97_drop, "00:00:59;29", 0, 0, 59, 29, 1799, 1799},
     {nubase::timecode::mode_29_97_drop, "00:01:00;02", 0, 1, 0, 2, 1802, 1800},
-    {nubase::timecode::mode_29_97_drop, "00:02:00;02", 0, 2, 0, 2, 3602, 3598},
-    {nubase::timecode::mode_29_97_drop, "00:09:59;29", 0, 9, 59, 29, 17999, 17981},
     {nubase::timecode::mode_29_97_drop, "00:10:00;00", 0, 10, 0, 0, 18000, 17982},
-    {nubase::timecode::mode_29_97_drop, "00:11:00;02", 0, 11, 0, 2, 19802, 19782},
-    {nubase::timecode::mode_29_97_drop, "01:00:00;00", 1, 0, 0, 0, 108000, 107892},
     {nubase::timecode::mode_29_97_drop, "10:08:59;29", 10, 8, 59, 29, 1096199, 1095103},
-    {nubase::timecode::mode_29_97_drop, "23:59:59;29", 23, 59, 59, 29, 2591999, 2589407},
     {nubase::timecode::mode_29_97_drop, "24:00:00;00", 24, 0, 0, 0, 2592000, 2589408},
-    {nubase::timecode::mode_59_94_drop, "00:00:59;59", 0, 0, 59, 59, 3599, 3599},
     {nubase::timecode::mode_59_94_drop, "00:01:00;04", 0, 1, 0, 4, 3604, 3600},
-    {nubase::timecode::mode_59_94_drop, "00:10:00;00", 0, 10, 0, 0, 36000, 35964},
-    {nubase::timecode::mode_59_94_drop, "23:59:59;59", 23, 59, 59, 59, 5183999, 5178815},
     {nubase::timecode::mode_59_94_drop, "24:00:00;00", 24, 0, 0, 0, 5184000, 5178816},
     {nubase::timecode::mode_23_976, "01:00:00;00", 1, 0, 0, 0, 86400, 86400},
     {nubase::timecode::mode_24, "100:00:00:00", 100, 0, 0, 0, 8640000, 8640000},
     {nubase::timecode::mode_25, "01:02:03:04", 1, 2, 3, 4, 93079, 93079},
-    {nubase::timecode::mode_30, "00:08:59:29", 0, 8, 59, 29, 16199, 16199},
-    {nubase::timecode::mode_50, "00:00:01:49", 0, 0, 1, 49, 99, 99},
     {nubase::timecode::mode_60, "00:00:01:59", 0, 0, 1, 59, 119, 119},
 };
 
@@ -60,28 +45,17 @@ constexpr text k_texts[] = {
     {"01:00:00:00@25", true, nubase::timecode::mode_25, 3600},
     {"01:02:03:04", true, nubase::timecode::mode_invalid, 3727},
     {"01:02:03;04@29.97", true, nubase::timecode::mode_29_97_drop, 3727},
-    {"01:02:03.04@59.54", true, nubase::timecode::mode_59_94_drop, 3727},
     {"01:02:03:04@59.94", true, nubase::timecode::mode_invalid, 3727},
-    {"00:00:00:00@24", true, nubase::timecode::mode_24, 0},
-    {"1:2:3:4@25.000", true, nubase::timecode::mode_25, 3727},
     {"1:2:3:4@ 23.976 rest", true, nubase::timecode::mode_23_976, 3727},
-    {"1:2:3:4@25fps", true, nubase::timecode::mode_invalid, 3727},
     {"1:2:3:4@", true, nubase::timecode::mode_invalid, 3727},
     {" 1: +2:\t3 4", true, nubase::timecode::mode_invalid, 3727},
     {"01:02:03:04:05@25", true, nubase::timecode::mode_invalid, 3727},
-    {"0:0:0:0x7@30", true, nubase::timecode::mode_invalid, 0},
     {"0:61:0:0@30", true, nubase::timecode::mode_30, 3660},
     {"0:0:0:-1@30", true, nubase::timecode::mode_30, 0xFFFFFFFFu},
     {"", false, nubase::timecode::mode_invalid, 0},
-    {"   ", false, nubase::timecode::mode_invalid, 0},
     {"01:02:03", false, nubase::timecode::mode_invalid, 0},
-    {"01:02:03:", false, nubase::timecode::mode_invalid, 0},
-    {"01:02:034", false, nubase::timecode::mode_invalid, 0},
-    {"01;02:03:04", false, nubase::timecode::mode_invalid, 0},
     {"01 :02:03:04", false, nubase::timecode::mode_invalid, 0},
-    {"01:02:03::04", false, nubase::timecode::mode_invalid, 0},
     {"01:02:03:+", false, nubase::timecode::mode_invalid, 0},
-    {"aa:bb:cc:dd", false, nubase::timecode::mode_invalid, 0},
 };
 
 }  // namespace timecode_vectors
