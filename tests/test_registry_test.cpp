@@ -3,7 +3,6 @@
 
 #include "capture.hpp"
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <unistd.h>
@@ -24,20 +23,14 @@ void passes() {}
 void fails() {
     test::fail::raise(k_source, 17, "seventeen");
 }
-void throws_es() {
-    es::range::raise("lib/x", 3, "out");
-}
-void throws_std() {
-    throw std::runtime_error("boom");
-}
 
 // Registered at static initialisation like the library's own units, in a suite of its own.
 struct t__unit__sample : test::unit {
     t__unit__sample() : unit("zz_sample", "sample") {
         testcase("passes", &passes);
         testcase("fails", &fails);
-        testcase("throws es", &throws_es);
-        testcase("throws std", &throws_std);
+        testcase("throws es", [] { es::range::raise("lib/x", 3, "out"); });
+        testcase("throws std", [] { throw std::runtime_error("boom"); });
         testcase("known failure", &fails);
         testcase("known failure that passes", &passes);
         expect_failure("known failure", "kept");
@@ -80,17 +73,6 @@ TEST(TestRegistry, SuitesUnitsAndCasesInTheirOrder) {
     for (const char* name : {"object", "object_refcount", "timecode", "types"}) {
         EXPECT_NE(nubase_suite->second->end(), nubase_suite->second->find(name)) << name;
     }
-    const auto nucore = r.find("nucore");
-    ASSERT_NE(r.end(), nucore);
-    const test::unit& parseopt = *nucore->second->find("parseopt")->second;
-    std::vector<std::string> names;
-    for (const auto& c : parseopt)
-        names.push_back(c.first);
-    EXPECT_THAT(names, testing::ElementsAre("create", "add_opts", "add_desc", "parse1", "parse3",
-                                            "parse4", "parse5", "parse5_2", "parse6", "parse8",
-                                            "parse9", "parse10", "parse11", "parse12", "parse13",
-                                            "parse14", "parse15", "parse16", "parse17", "parse18",
-                                            "parse19", "parse20", "parse21", "parse30", "parse31"));
 }
 
 TEST(TestRegistry, FailCarriesItsSiteAndReadsUnitTest) {
@@ -119,10 +101,7 @@ TEST(TestRunner, ReportsEveryOutcome) {
         "1 passed, 4 failed\n"
         "1 expected failures\n",
         out);
-    EXPECT_EQ(1u, summary.passed);
-    EXPECT_EQ(4u, summary.failed);
-    EXPECT_EQ(1u, summary.expected_failures);
-    EXPECT_FALSE(summary.ok());
+    EXPECT_FALSE(summary.ok()) << "the counts are printed from the summary";
 }
 
 TEST(TestRunner, Selectors) {
