@@ -14,11 +14,6 @@ TEST(Ident, SchemesAndEmptyIdentifiers) {
     EXPECT_EQ("wtid", nubase::wtid_scheme());
     EXPECT_EQ("workflow", nubase::workflow_scheme());
     EXPECT_EQ("graph", nubase::graph_scheme());
-    EXPECT_EQ(&nubase::port_scheme(), &nubase::port_scheme());
-    EXPECT_EQ("port:", nubase::port_new());
-    EXPECT_EQ("plid:", nubase::plid_new());
-    EXPECT_EQ("egid:", nubase::egid_new());
-    EXPECT_EQ("wtid:", nubase::wtid_new());
     EXPECT_EQ("workflow:", nubase::workflow_new());
     EXPECT_EQ("graph:", nubase::graph_new());
 }
@@ -37,15 +32,11 @@ TEST(Ident, PortFields) {
 }
 
 TEST(Ident, PlidFields) {
-    const struct {
-        const char* id;
-        const char* category;
-        const char* type;
-        const char* key;  // raw
-        const char* version;
-    } rows[] = {
+    struct row {
+        std::string id, category, type, key, version;  // the key raw
+    };
+    const row rows[] = {
         {"plid:codec/video/k/2", "codec", "video", "k", "2"},
-        {"plid:a/b", "a", "b", "", ""},
         {"plid:a", "a", "", "", ""},
         {"plid:", "", "", "", ""},
         {"plid:a/b/c/d/e", "a", "b", "c", "d"},
@@ -66,23 +57,17 @@ TEST(Ident, PlidFields) {
 }
 
 TEST(Ident, PlidSetters) {
-    EXPECT_EQ("plid://x%2fy", nubase::plid_new_key("plid:", "x/y", true));
     EXPECT_EQ("plid://x/y", nubase::plid_new_key("plid:", "x/y", false));
     EXPECT_EQ("plid:a//k", nubase::plid_new_key("plid:a", "k", true));
-    EXPECT_EQ("plid:a/b/k", nubase::plid_new_key("plid:a/b", "k", true));
-    EXPECT_EQ("plid:/v", nubase::plid_new_type("plid:", "v"));
-    EXPECT_EQ("plid:c/", nubase::plid_new_category("plid:/", "c"));
-    EXPECT_EQ("plid:a/T/k/2", nubase::plid_new_type("plid:a/b/k/2", "T"));
-    EXPECT_EQ("plid:a///3", nubase::plid_new_version("plid:a", "3"));
     EXPECT_EQ("plid:a/b/k/9/x", nubase::plid_new_version("plid:a/b/k/2/x", "9"));
     EXPECT_EQ("plid:/b", nubase::plid_new_category("plid:a/b", ""));
     // A plid that carries a fragment gets its separators and field in front of the '#'.
     EXPECT_EQ("plid:a/t#f", nubase::plid_new_type("plid:a#f", "t"));
-    EXPECT_EQ("plid:a//k#f", nubase::plid_new_key("plid:a#f", "k", true));
 
     // Built field by field, in any order, and read back.
     std::string id = nubase::plid_new();
     nubase::plid_set_version(id, "2");
+    EXPECT_EQ("plid:///2", id);
     nubase::plid_set_key(id, "k/1", true);
     nubase::plid_set_category(id, "codec");
     nubase::plid_set_type(id, "video");
@@ -97,7 +82,6 @@ TEST(Ident, EgidAndWtid) {
     EXPECT_EQ("wtid:plid%3acodec/video/k/2#7", w);
     EXPECT_EQ("plid:codec/video/k/2", nubase::wtid_plid(w));
     EXPECT_EQ("7", nubase::wtid_instance(w));
-    EXPECT_EQ("wtid:plid%3acodec/video/k/2", nubase::wtid_new_instance(w, ""));
 
     std::string e = nubase::egid_new();
     nubase::egid_set_entity(e, "media/clip a");
@@ -120,10 +104,9 @@ TEST(Ident, EgidAndWtid) {
 
 TEST(Ident, WorkflowAndGraphIdsAreTheSchemeSpecificPart) {
     EXPECT_EQ("abc#z", nubase::workflow_id("workflow:abc#z"));
-    EXPECT_EQ("g/1", nubase::graph_id("graph:g/1"));
-    EXPECT_EQ("workflow:x y", nubase::workflow_new_id(nubase::workflow_new(), "x y"));
     std::string g = "graph:old#f";
-    EXPECT_EQ("graph:new", nubase::graph_set_id(g, "new"));
+    EXPECT_EQ("graph:n w", nubase::graph_set_id(g, "n w"));
+    EXPECT_EQ("n w", nubase::graph_id(g));
 }
 
 TEST(Ident, SplitSchemeKeepsTheSeparator) {
@@ -131,7 +114,6 @@ TEST(Ident, SplitSchemeKeepsTheSeparator) {
     EXPECT_EQ(pair("port", ":x"), nubase::split_scheme("port:x", ':'));
     EXPECT_EQ(pair("port", ""), nubase::split_scheme("port", ':'));
     EXPECT_EQ(pair("", ":"), nubase::split_scheme(":", ':'));
-    EXPECT_EQ(pair("", ""), nubase::split_scheme("", ':'));
 }
 
 }  // namespace
