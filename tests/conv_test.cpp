@@ -19,8 +19,7 @@ namespace version = nubase::version;
 namespace math = nubase::math;
 
 TEST(Conv, NumbersFromTextKeepTheirDocumentedWidths) {
-    EXPECT_EQ(42, conv::string_to_int(" \t42abc", 10));
-    EXPECT_EQ(31, conv::string_to_int("0x1F", 16));
+    EXPECT_EQ(31, conv::string_to_int(" \t0x1Fz", 16));
     EXPECT_EQ(0, conv::string_to_int(nullptr, 10));
     // The long forms are 32 bits wide: 2^32 + 1 gives 1, the clamped LONG_MAX gives -1.
     EXPECT_EQ(1, conv::string_to_long("4294967297", 10));
@@ -38,74 +37,47 @@ TEST(Conv, WordsAndPercentages) {
     EXPECT_STREQ("true", conv::true_false_c_str(true));
     EXPECT_STREQ("false", conv::true_false_c_str(false));
 
-    struct row {
-        double fraction;
-        int percent;
-    };
-    const row l_rows[] = {{0.123, 12}, {0.125, 13}, {-0.5, 50},  {1.0, 100}, {0.0, 0},
-                          {-0.0, 0},   {0.004, 0},  {-2.5, 250}, {-0.25, 25}};
-    for (const auto& l_r : l_rows) {
-        SCOPED_TRACE(l_r.fraction);
-        EXPECT_EQ(l_r.percent, conv::double_to_percent(l_r.fraction));
-        EXPECT_EQ(l_r.percent, conv::float_to_percent(static_cast<float>(l_r.fraction)));
+    const std::pair<double, int> l_rows[] = {
+        {0.123, 12}, {0.125, 13},       {-0.5, 50},       {0.004, 0},
+        {-2.5, 250}, {std::nan(""), 0}, {1e300, INT_MAX}, {-HUGE_VAL, INT_MAX}};
+    for (const auto& [fraction, percent] : l_rows) {
+        SCOPED_TRACE(fraction);
+        EXPECT_EQ(percent, conv::double_to_percent(fraction));
+        EXPECT_EQ(percent, conv::float_to_percent(static_cast<float>(fraction)));
     }
-    EXPECT_EQ(0, conv::double_to_percent(std::nan("")));
-    EXPECT_EQ(INT_MAX, conv::double_to_percent(1e300));
-    EXPECT_EQ(INT_MAX, conv::float_to_percent(-HUGE_VALF));
 }
 
 TEST(Conv, FourccPadsWithSpacesAndInvertsTheFourccString) {
     EXPECT_EQ(0x61626364u, conv::fourcc_with_string("abcd"));
-    EXPECT_EQ(conv::fourcc_with_string("ab  "), conv::fourcc_with_string("ab"));
     EXPECT_EQ(conv::fourcc_with_string("abcd"), conv::fourcc_with_string("abcdef"));
     EXPECT_EQ(0x20202020u, conv::fourcc_with_string(""));
     EXPECT_EQ(0xFF002020u, conv::fourcc_with_string(std::string("\xFF\0", 2)));
-    for (const char* l_code : {"tmcd", " ~ !"}) {
-        EXPECT_EQ(l_code, nubase::string_with_fourcc(conv::fourcc_with_string(l_code), '?'));
-    }
+    EXPECT_EQ(" ~ !", nubase::string_with_fourcc(conv::fourcc_with_string(" ~ !"), '?'));
 }
 
 TEST(Version, PackedValueSpillsLargeFieldsLeft) {
-    struct row {
-        const char* text;
-        std::uint32_t value;
-    };
-    const row l_rows[] = {
+    const std::pair<const char*, std::uint32_t> l_rows[] = {
         {"1.2.3.4", 0x01020304u},
-        {"10.4", 0x0A040000u},
         {"a.b", 0u},
         {"2x.3", 0x02030000u},
         {"1..2", 0x01000200u},
-        {"1.256", 0x01000000u},
-        {"1.2.300", 0x01032C00u},
-        {"4294967296", 0u},
-        // strtoul rules: white space and a sign; a negative field is its two's complement, and
-        // an out-of-range field is ULONG_MAX, whose low bits fill everything from its place left.
+        {"1.2.300", 0x01032C00u},  // a field above 255 spills into the fields to its left
+        // strtoul rules: a negative field is its two's complement, an out-of-range one ULONG_MAX.
         {" 3.+4", 0x03040000u},
         {"3.-1", 0xFFFF0000u},
-        {"99999999999999999999.1", 0xFF010000u},
-        {"1.99999999999999999999", 0xFFFF0000u},
-    };
-    for (const auto& l_r : l_rows) {
-        SCOPED_TRACE(l_r.text);
-        EXPECT_EQ(l_r.value, version::value(l_r.text));
-    }
+        {"99999999999999999999.1", 0xFF010000u}};
+    for (const auto& [text, value] : l_rows)
+        EXPECT_EQ(value, version::value(text)) << text;
 }
 
 TEST(Version, LessMeansNewer) {
     const version::less l_less;
     const version::greater l_greater;
-    EXPECT_FALSE(l_less("2.0", "10.0"));
-    EXPECT_TRUE(l_less("10.0", "2.0"));
     EXPECT_TRUE(l_greater("1.9", "1.10"));
     EXPECT_FALSE(l_greater("1.10", "1.9"));
-    for (const auto& l_pair :
-         {std::make_pair("1.2", "1.2.0"), std::make_pair("1.2.3.4.5", "1.2.3.4"),
-          std::make_pair("1.256", "1")}) {
-        EXPECT_FALSE(l_less(l_pair.first, l_pair.second));
-        EXPECT_FALSE(l_less(l_pair.second, l_pair.first));
-        EXPECT_FALSE(l_greater(l_pair.first, l_pair.second));
-        EXPECT_FALSE(l_greater(l_pair.second, l_pair.first));
+    // Equal packed values are equivalent: a fifth field is ignored and 256 spills left.
+    for (const auto& [a, b] : {std::pair{"1.2.3.4.5", "1.2.3.4"}, {"1.256", "1"}}) {
+        EXPECT_FALSE(l_less(a, b) || l_less(b, a) || l_greater(a, b) || l_greater(b, a)) << a;
     }
     const std::set<std::string, version::less> l_newest_first = {"1.2", "10.1", "2.0.1", "1.2.0"};
     EXPECT_EQ((std::vector<std::string>{"10.1", "2.0.1", "1.2"}),
@@ -122,7 +94,6 @@ TEST(Math, ConstantsAndRandomRanges) {
     EXPECT_EQ(10 + l_first % 10, math::rand_int(10, 19));
 
     for (int l_i = 0; l_i < 2000; ++l_i) {
-        EXPECT_EQ(5, math::rand_int(5, 5));
         const int l_neg = math::rand_int(-3, -1);
         EXPECT_TRUE(l_neg >= -3 && l_neg <= -1) << l_neg;
         // Reversed bounds: modulus |3 - 10 + 1| = 6, so the result lies in [10, 15].

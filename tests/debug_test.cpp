@@ -8,8 +8,9 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
 
 namespace {
@@ -35,24 +36,15 @@ class DebugChannels : public ::testing::Test {
 };
 
 TEST_F(DebugChannels, DefaultsAndGrowth) {
-    for (unsigned c = 0; c < 5; ++c)
-        EXPECT_TRUE(og::mask_bit(c)) << c;
-    EXPECT_FALSE(og::mask_bit(5));
-    EXPECT_FALSE(og::mask_bit(1000000));
     EXPECT_FALSE(og::mask_bit(~0ULL));
-
     og::mask_clear_bit(5000000);  // beyond the mask: no growth, no effect
     EXPECT_FALSE(og::mask_bit(5000000));
     og::mask_set_bit(2000);
-    EXPECT_TRUE(og::mask_bit(2000));
-    EXPECT_FALSE(og::mask_bit(2001));
-    EXPECT_FALSE(og::mask_bit(2047));  // the new words start out zero
-    EXPECT_EQ("{ [0..4], 2000, }\n", printed_mask());
+    EXPECT_EQ("{ [0..4], 2000, }\n", printed_mask()) << "the new words start out zero";
 
     og::mask_set_bit(70000);
     og::mask_clear_bit(70000);
-    EXPECT_FALSE(og::mask_bit(70000));
-    EXPECT_TRUE(og::mask_bit(2000));  // old words are kept across growth
+    EXPECT_EQ("{ [0..4], 2000, }\n", printed_mask()) << "old words are kept across growth";
 }
 
 TEST_F(DebugChannels, RangesListsAndRunPrinting) {
@@ -66,8 +58,7 @@ TEST_F(DebugChannels, RangesListsAndRunPrinting) {
     // Runs that cross 32-bit word boundaries.
     og::mask_clear_range(0, 100);
     og::mask_set_range(30, 65);
-    EXPECT_TRUE(og::mask_bit(30) && og::mask_bit(31) && og::mask_bit(32) && og::mask_bit(65));
-    EXPECT_FALSE(og::mask_bit(29) || og::mask_bit(66));
+    EXPECT_EQ("{ [30..65], }\n", printed_mask(30));
     og::mask_clear_range(31, 64);
     EXPECT_EQ("{ 30, 65, }\n", printed_mask(30));
 
@@ -102,14 +93,12 @@ TEST_F(DebugChannels, HexDumpLayout) {
         l_bytes[i] = static_cast<unsigned char>(0x20 + i * 3);
     CaptureStderr();
     og::print_buf(1, l_bytes, sizeof l_bytes);
-    const std::string l_dump = GetCapturedStderr();
-    ASSERT_EQ(3u * 79, l_dump.size());
-    EXPECT_EQ("00000000  20 23 26 29 2c 2f 32 35 38 3b 3e 41 44 47 4a 4d   | #&),/258;>ADGJM|\n",
-              l_dump.substr(0, 79));
-    EXPECT_EQ("00000010  50 53 56 59 5c 5f 62 65 68 6b 6e 71 74 77 7a 7d   |PSVY\\_behknqtwz}|\n",
-              l_dump.substr(79, 79));
-    EXPECT_EQ("00000020  80 " + std::string(47, ' ') + "|." + std::string(15, ' ') + "|\n",
-              l_dump.substr(158));
+    EXPECT_EQ(
+        "00000000  20 23 26 29 2c 2f 32 35 38 3b 3e 41 44 47 4a 4d   | #&),/258;>ADGJM|\n"
+        "00000010  50 53 56 59 5c 5f 62 65 68 6b 6e 71 74 77 7a 7d   |PSVY\\_behknqtwz}|\n"
+        "00000020  80 " +
+            std::string(47, ' ') + "|." + std::string(15, ' ') + "|\n",
+        GetCapturedStderr());
 }
 
 TEST_F(DebugChannels, DumpToFileNeverRaises) {
@@ -134,10 +123,9 @@ TEST_F(DebugChannels, DumpToFileNeverRaises) {
 
     og::dump_buf(2, l_path.c_str(), "\x01\x00\x02", 3);
     std::ifstream l_in(l_path, std::ios::binary);
-    std::stringstream l_read;
-    l_read << l_in.rdbuf();
-    EXPECT_EQ(std::string("\x01\x00\x02", 3), l_read.str());  // exactly the bytes, from the start
-    EXPECT_EQ(0, std::system(("rm -rf " + std::string(l_template)).c_str()));
+    const std::string l_read{std::istreambuf_iterator<char>(l_in), {}};
+    EXPECT_EQ(std::string("\x01\x00\x02", 3), l_read);  // exactly the bytes, from the start
+    std::filesystem::remove_all(l_template);
 }
 
 TEST(DebugChannelsDeathTest, AbortReportsOnChannelZeroAndRaisesSigabrt) {

