@@ -7,6 +7,7 @@
 
 #include "nubase/callqueue.hpp"
 #include "nubase/string.hpp"
+#include "posix/futex.hpp"
 #include "posix/spin.hpp"
 #include "raise.hpp"
 
@@ -19,7 +20,8 @@ namespace {
 
 constexpr char k_source[] = "lib/nubase/src/callqueue";
 
-using hold = std::lock_guard<const mutex>;
+using hold = std::lock_guard<const mutex>;  // an object's mutex
+using queue_hold = detail::word_guard;      // the queue's lock
 
 // The queue's thread: the thread that built the singleton. Written once, inside the guarded
 // initialisation of `instance()`, which every other reader passes through first.
@@ -126,7 +128,7 @@ void callqueue::run() {
     }
     std::vector<entry> l_calls;
     {
-        hold l_hold(m_mutex);
+        queue_hold l_hold(m_lock);
         if (m_pending.empty()) return;
         l_calls.swap(m_pending);
         // Posting goes on into the spare array, which keeps the capacity of earlier runs.
@@ -144,7 +146,7 @@ void callqueue::exit() {
     m_exited.store(true, std::memory_order_release);
     std::vector<entry> l_calls;
     {
-        hold l_hold(m_mutex);
+        queue_hold l_hold(m_lock);
         l_calls.swap(m_exit_calls);
     }
     execute(l_calls, m_exit_calls);
@@ -158,34 +160,39 @@ bool callqueue::wait_for_calls(const timestamp& a_timeout) {
     if (!on_queue_thread()) {
         NUBASE_RAISE(unsupp, "callqueue::wait_for_calls() called from different thread");
     }
-    hold l_hold(m_mutex);
-    if (!m_pending.empty()) return true;
-    const timestamp l_deadline = timestamp_with_utc(0, 0) + a_timeout;
-    // `m_sleeping` asks the next poster for a signal; the poster clears it when it signals.
-    struct sleeping {
-        bool& flag;
-        ~sleeping() { flag = false; }
-    } l_sleeping{m_sleeping};
-    do {
-        m_sleeping = true;
-        if (!m_arrived.wait_abs(m_mutex, l_deadline)) break;
-    } while (m_pending.empty());
-    return !m_pending.empty();
+    const timespec l_deadline = detail::monotonic_deadline(a_timeout.as_timespec());
+    for (bool l_in_time = true;;) {
+        std::uint32_t l_arrivals;
+        {
+            queue_hold l_hold(m_lock);
+            m_sleeping = false;
+            if (!m_pending.empty() || !l_in_time) return !m_pending.empty();
+            // Asks the next poster to change the word and wake this thread. The word is read
+            // under the lock, so a call appended between the unlock and the sleep changes it
+            // first and the sleep returns at once.
+            m_sleeping = true;
+            l_arrivals = m_arrivals.load(std::memory_order_relaxed);
+        }
+        l_in_time = detail::futex_wait(m_arrivals, l_arrivals, &l_deadline);
+    }
 }
 
 void callqueue::append(std::vector<entry>& a_list, ptr_refcount<callqueue_object> a_reference,
                        std::atomic<bool>* a_done) {
     bool l_wake;
     {
-        hold l_hold(m_mutex);
+        queue_hold l_hold(m_lock);
         a_list.push_back(entry{a_reference.get(), a_done});
         // The entry owns the reference handed in; `run()` or `exit()` releases it.
         static_cast<void>(a_reference.detach());
         // Only the first pending call wakes a sleeping queue's thread: it takes them all.
         l_wake = m_sleeping && &a_list == &m_pending && a_list.size() == 1;
-        if (l_wake) m_sleeping = false;
+        if (l_wake) {
+            m_sleeping = false;
+            m_arrivals.fetch_add(1, std::memory_order_relaxed);
+        }
     }
-    if (l_wake) m_arrived.signal();
+    if (l_wake) detail::futex_wake(m_arrivals, 1);
 }
 
 bool callqueue::is_duplicate(const std::string& a_name, unsigned int a_flags) {
@@ -193,7 +200,7 @@ bool callqueue::is_duplicate(const std::string& a_name, unsigned int a_flags) {
 }
 
 bool callqueue::seen_before(const std::string& a_name) {
-    hold l_hold(m_mutex);
+    queue_hold l_hold(m_lock);
     return !m_unique_names.insert(a_name).second;
 }
 
@@ -235,7 +242,7 @@ void callqueue::execute(std::vector<entry>& a_list, std::vector<entry>& a_origin
         }
     } catch (...) {
         // Leave the calls not yet run queued, in order, for a later run.
-        hold l_queue(m_mutex);
+        queue_hold l_queue(m_lock);
         a_origin.insert(a_origin.begin(), a_list.begin() + l_index + 1, a_list.end());
         a_list.clear();
         throw;

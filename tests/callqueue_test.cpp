@@ -227,8 +227,14 @@ TEST_F(CallQueue, WaitForCallsSleepsUntilAPostOrTheTimeOut) {
         EXPECT_FALSE(q.wait_for_calls(timestamp(50, 1000)));
         EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(40));
 
-        std::thread poster([&] { q.add_call(make_call([] {}), "p", 0); });
+        // Posted while the queue's thread sleeps: the post must wake it, long before the limit.
+        std::thread poster([&] {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            q.add_call(make_call([] {}), "p", 0);
+        });
+        const auto asleep = std::chrono::steady_clock::now();
         EXPECT_TRUE(q.wait_for_calls(timestamp(30, 1)));
+        EXPECT_LT(std::chrono::steady_clock::now() - asleep, std::chrono::seconds(10));
         poster.join();
         q.run();
         EXPECT_FALSE(q.wait_for_calls(timestamp(0, 1)));

@@ -32,6 +32,7 @@
 #define NUBASE_CALLQUEUE_HPP
 
 #include <atomic>
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
@@ -134,9 +135,11 @@ class NUBASE_API callqueue {
     // Whether `exit()` has been called. Never throws.
     bool exited() const noexcept;
 
-    // Blocks the queue's thread until calls are pending or `timeout` (relative, as
-    // `condition::wait`) has passed; true when calls are pending. Lets the queue's thread sleep
-    // between `run()`s instead of polling. Exit calls do not count. From the queue's thread only:
+    // Blocks the queue's thread until calls are pending or `timeout` (relative) has passed on the
+    // monotonic clock, so that setting the wall clock neither shortens nor stretches it; true
+    // when calls are pending. Lets the queue's thread sleep between `run()`s instead of polling.
+    // Exit calls do not count. Not a cancellation point: a cancellation request takes effect at
+    // the next one after the wait. From the queue's thread only:
     // elsewhere raises `es::unsupp` "callqueue::wait_for_calls() called from different thread".
     bool wait_for_calls(const timestamp& a_timeout);
 
@@ -163,7 +166,9 @@ class NUBASE_API callqueue {
     void execute(std::vector<entry>& a_list, std::vector<entry>& a_origin);
 
     std::vector<entry> m_pending;
-    mutex m_mutex;
+    // The queue's lock, guarding the lists, the name set and `m_sleeping`: one word, taken
+    // inline without a call into the C library (0 free, 1 held, 2 held with sleepers).
+    mutable std::atomic<std::uint32_t> m_lock{0};
     std::vector<entry> m_exit_calls;
     // An empty array that keeps its capacity between runs; `run()` swaps it in for posting.
     // Used by the queue's thread only.
@@ -172,8 +177,9 @@ class NUBASE_API callqueue {
     // mutex of its own: the same ordering, without a lock on every post.
     std::atomic<bool> m_exited;
     std::set<std::string> m_unique_names;
-    // Wakes the queue's thread in `wait_for_calls`; `m_sleeping` says whether it waits there.
-    condition m_arrived;
+    // The queue's thread sleeps in `wait_for_calls` on this word while `m_sleeping` is set; a
+    // poster that finds it set clears it, changes the word and wakes the thread.
+    std::atomic<std::uint32_t> m_arrivals{0};
     bool m_sleeping;
 };
 
