@@ -22,8 +22,8 @@
 // A second list holds exit calls, executed once when the queue's thread calls `exit()`; after
 // that the queue refuses new calls for good.
 //
-// Locks: each object has its own mutex and condition; the queue has one mutex for its lists and
-// its set of names. An object's mutex is always taken before the queue's mutex. `run()` and
+// Locks: each object has its own mutex and condition; the queue has one lock for its lists and
+// its set of names. An object's mutex is always taken before the queue's lock. `run()` and
 // `exit()` hold no queue lock while a call executes, so a call may itself add calls (they run at
 // the next `run()`).
 //
