@@ -168,7 +168,7 @@ class NUBASE_API callqueue {
     std::vector<entry> m_pending;
     // The queue's lock, guarding the lists, the name set and `m_sleeping`: one word, taken
     // inline without a call into the C library (0 free, 1 held, 2 held with sleepers).
-    mutable std::atomic<std::uint32_t> m_lock{0};
+    std::atomic<std::uint32_t> m_lock{0};
     std::vector<entry> m_exit_calls;
     // An empty array that keeps its capacity between runs; `run()` swaps it in for posting.
     // Used by the queue's thread only.
