@@ -16,8 +16,8 @@ namespace {
 static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t),
               "a futex word is a plain 32-bit integer");
 
-// How often a blocked taker of a lock word polls before it sleeps (each poll is one pause).
-constexpr int k_lock_polls = 200;
+// How long a blocked taker of a lock word polls before it sleeps.
+constexpr unsigned long long k_lock_spin_ns = 2000;
 
 std::uint32_t* address(const std::atomic<std::uint32_t>& a_word) noexcept {
     return reinterpret_cast<std::uint32_t*>(const_cast<std::atomic<std::uint32_t>*>(&a_word));
@@ -59,15 +59,12 @@ timespec monotonic_deadline(const timespec& a_relative) noexcept {
 void lock_word_contended(std::atomic<std::uint32_t>& a_word) noexcept {
     // The holder of a lock like this one keeps it for a few instructions: with another
     // processor, it is usually free again before a sleep could even begin.
-    if (spinning_pays()) {
-        for (int l_i = 0; l_i < k_lock_polls; ++l_i) {
-            cpu_relax();
-            std::uint32_t l_state = a_word.load(std::memory_order_relaxed);
-            if (l_state == 0 && a_word.compare_exchange_weak(l_state, 1, std::memory_order_acquire,
-                                                             std::memory_order_relaxed))
-                return;
-        }
-    }
+    const auto l_take_free = [&a_word] {
+        std::uint32_t l_state = a_word.load(std::memory_order_relaxed);
+        return l_state == 0 && a_word.compare_exchange_weak(l_state, 1, std::memory_order_acquire,
+                                                            std::memory_order_relaxed);
+    };
+    if (spinning_pays() && spin_until(l_take_free, k_lock_spin_ns)) return;
     // Mark the lock as having sleepers before each sleep, so that its holder wakes one at
     // `unlock`; a taker that finds it free this way holds it in the marked state, which costs at
     // most one needless wake-up.
