@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "nubase/thread.hpp"
+#include "vectors/raise.hpp"
 
 namespace {
 
@@ -23,6 +24,9 @@ using nubase::callqueue;
 using nubase::callqueue_object;
 using nubase::ptr_refcount;
 using nubase::timestamp;
+using nubase_vectors::expect_raise;
+
+constexpr char k_source[] = "lib/nubase/src/callqueue";
 
 std::atomic<int> g_live{0};
 
@@ -41,19 +45,6 @@ ptr_refcount<callqueue_object> make_call(std::function<void()> a_fn) {
 // Appends `a_label` to `a_log` when run.
 ptr_refcount<callqueue_object> logging(std::string& a_log, const char* a_label) {
     return make_call([&a_log, a_label] { a_log += a_label; });
-}
-
-// Expects `a_body` to raise `E` at `a_line` with `a_message`, from the call queue.
-template <class E, class F>
-void expect_raise(F a_body, unsigned a_line, const std::string& a_message) {
-    try {
-        a_body();
-        ADD_FAILURE() << "nothing raised, expected: " << a_message;
-    } catch (const E& e) {
-        EXPECT_STREQ("lib/nubase/src/callqueue", e.file());
-        EXPECT_EQ(a_line, e.line());
-        EXPECT_EQ(a_message, e.what());
-    }
 }
 
 // Restricts the calling thread, and the threads it starts, to the processor it runs on. The
@@ -186,10 +177,10 @@ TEST_F(CallQueue, ExitRunsExitCallsOnceAndRefusesFromThen) {
         EXPECT_TRUE(q.exited());
         EXPECT_EQ("xy", log);  // the pending ordinary call stays queued
         expect_raise<nubase::es::call>(
-            [&] { q.add_call(logging(log, "-"), "late one", 0); }, 83,
+            [&] { q.add_call(logging(log, "-"), "late one", 0); }, k_source, 83,
             "Cannot add 'late one' call to callqueue: callqueue has already exit()ed.");
         expect_raise<nubase::es::call>(
-            [&] { q.add_exit_call(logging(log, "-"), "late", 0); }, 143,
+            [&] { q.add_exit_call(logging(log, "-"), "late", 0); }, k_source, 143,
             "Cannot add call to callqueue: callqueue has already exit()ed.");
         std::thread([&] {
             // A would-be waiter is refused before it could block.
@@ -206,9 +197,9 @@ TEST_F(CallQueue, OnlyTheFirstCallersThreadMayServe) {
     in_fresh_process([] {
         std::thread([] { callqueue::instance(); }).join();
         callqueue& q = callqueue::instance();
-        expect_raise<nubase::es::unsupp>([&] { q.run(); }, 166,
+        expect_raise<nubase::es::unsupp>([&] { q.run(); }, k_source, 166,
                                          "callqueue::run() called from different thread");
-        expect_raise<nubase::es::unsupp>([&] { q.exit(); }, 196,
+        expect_raise<nubase::es::unsupp>([&] { q.exit(); }, k_source, 196,
                                          "callqueue::exit() called from different thread");
         EXPECT_THROW(q.wait_for_calls(timestamp(0, 1)), nubase::es::unsupp);
         EXPECT_FALSE(q.exited());

@@ -13,6 +13,7 @@
 #include "../src/coding_kernels.hpp"
 #include "nubase/es.hpp"
 #include "vectors/coding.hpp"
+#include "vectors/raise.hpp"
 
 namespace {
 
@@ -32,16 +33,10 @@ buffer buffer_of(const std::string& s) {
 constexpr const char* k_network_source = "lib/nubase/include/nubase/coding";
 constexpr const char* k_out_of_range = "buffer offset out of range";
 
-// Runs `call` and checks that it raises `es::arg` with the given identity.
+// Checks that `call` raises `es::arg` from `source` with `message` (the line is not promised).
 template <class Call>
 void expect_arg(Call call, const char* source, const char* message = "n/a") {
-    try {
-        call();
-        ADD_FAILURE() << "no es::arg raised";
-    } catch (const nubase::es::arg& e) {
-        EXPECT_STREQ(source, e.file());
-        EXPECT_STREQ(message, e.what());
-    }
+    nubase_vectors::expect_raise<nubase::es::arg>(call, source, 0, message);
 }
 
 // Checks known pairs through the buffer and string forms, both ways (encoding when given).

@@ -13,6 +13,7 @@
 #include "nubase/env.hpp"
 #include "nubase/es.hpp"
 #include "vectors/path.hpp"
+#include "vectors/raise.hpp"
 
 namespace {
 
@@ -134,16 +135,9 @@ TEST(Users, LookUpsAndTheirFailures) {
         {"getgrnam failed", [] { (void)nubase::gid_with_name("no-such-group-nubase"); }, 63},
         {"getgrgid failed", [] { (void)nubase::name_with_gid(987654321); }, 78},
     };
-    for (const auto& [what, call, line] : k_rows) {
-        try {
-            call();
-            ADD_FAILURE() << "no es::call for " << what;
-        } catch (const nubase::es::call& e) {
-            EXPECT_STREQ(what, e.what());
-            EXPECT_EQ(line, e.line());
-            EXPECT_STREQ("lib/nubase/src/darwin/user", e.file());
-        }
-    }
+    for (const auto& [what, call, line] : k_rows)
+        nubase_vectors::expect_raise<nubase::es::call>(call, "lib/nubase/src/darwin/user", line,
+                                                       what);
 }
 
 }  // namespace

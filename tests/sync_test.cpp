@@ -10,6 +10,8 @@
 #include <thread>
 #include <type_traits>
 
+#include "vectors/raise.hpp"
+
 namespace {
 
 using nubase::condition;
@@ -17,6 +19,7 @@ using nubase::mutex;
 using nubase::rwlock;
 using nubase::semaphore;
 using nubase::timestamp;
+using nubase_vectors::expect_raise;
 using clock_type = std::chrono::steady_clock;
 
 #if defined(__SANITIZE_THREAD__)
@@ -39,19 +42,6 @@ long long ms_since(clock_type::time_point a_start) {
 template <class F>
 void on_other_thread(F a_body) {
     std::thread(a_body).join();
-}
-
-// Expects `a_body` to raise es::call from `a_source` at `a_line` with `a_message`.
-template <class F>
-void expect_call_failure(F a_body, const char* a_source, unsigned a_line, const char* a_message) {
-    try {
-        a_body();
-        ADD_FAILURE() << "nothing raised, expected: " << a_message;
-    } catch (const nubase::es::call& e) {
-        EXPECT_STREQ(a_source, e.file());
-        EXPECT_EQ(a_line, e.line());
-        EXPECT_STREQ(a_message, e.what());
-    }
 }
 
 TEST(Mutex, LiteralPicksTheNamedConstructor) {
@@ -83,8 +73,9 @@ TEST(Mutex, UnlockWithoutHoldingNamesTheMutex) {
     // The recursive type checks its owner; the unnamed mutex leaves two blanks in the message.
     mutex m(true);
     const auto unlock_fails = [&] {
-        expect_call_failure([&] { m.unlock(); }, "lib/nubase/src/mutex", 136,
-                            "The current thread does not hold a lock on mutex  (unlock)");
+        expect_raise<nubase::es::call>(
+            [&] { m.unlock(); }, "lib/nubase/src/mutex", 136,
+            "The current thread does not hold a lock on mutex  (unlock)");
     };
     unlock_fails();
     m.lock();
@@ -163,8 +154,10 @@ TEST(Rwlock, ReadersShareAWriterExcludes) {
         EXPECT_FALSE(l.trylock_wr());
     });
     // Locking over its own write hold is reported instead of hanging.
-    expect_call_failure([&] { l.lock_wr(); }, "lib/nubase/src/rwlock", 74, "rwlock wrlock error");
-    expect_call_failure([&] { l.lock_rd(); }, "lib/nubase/src/rwlock", 65, "rwlock rdlock error");
+    expect_raise<nubase::es::call>([&] { l.lock_wr(); }, "lib/nubase/src/rwlock", 74,
+                                   "rwlock wrlock error");
+    expect_raise<nubase::es::call>([&] { l.lock_rd(); }, "lib/nubase/src/rwlock", 65,
+                                   "rwlock rdlock error");
     l.unlock();
     EXPECT_TRUE(l.trylock_wr());
     l.unlock();

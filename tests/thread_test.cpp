@@ -11,6 +11,7 @@
 #include <stdexcept>
 
 #include "nubase/sync.hpp"
+#include "vectors/raise.hpp"
 
 namespace {
 
@@ -99,14 +100,8 @@ TEST(Thread, DetachedIsNotJoinedAgain) {
         thread t(w);
         t.detach();
         EXPECT_TRUE(t.running());
-        try {
-            t.join();
-            ADD_FAILURE() << "joined a detached thread";
-        } catch (const nubase::es::call& e) {
-            EXPECT_EQ(151u, e.line());
-            EXPECT_STREQ("thread join failed", e.what());
-            EXPECT_STREQ("lib/nubase/src/thread", e.file());
-        }
+        nubase_vectors::expect_raise<nubase::es::call>([&] { t.join(); }, "lib/nubase/src/thread",
+                                                       151, "thread join failed");
     }  // terminate() only; returns while the work still waits
     EXPECT_EQ(1, w.terminated.load());
     go.post();
