@@ -67,7 +67,7 @@ const label_set& labels() {
     return set;
 }
 
-void check_same(const std::string& a_expected, const char* a_got, const char* a_who) {
+[[maybe_unused]] void check_same(const std::string& a_expected, const char* a_got, const char* a_who) {
     if (a_expected != a_got) {
         std::fprintf(stderr, "%s disagrees: %s != %s\n", a_who, a_got, a_expected.c_str());
         std::abort();
