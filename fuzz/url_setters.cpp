@@ -24,6 +24,27 @@ std::string without(std::string a_s, const char* a_set) {
     return l_out;
 }
 
+// Whether the authority of `u` holds a '[' or ']' other than the pair around a bracketed host.
+bool stray_bracket(const std::string& a_u) {
+    nubase::range r(0, a_u.size());
+    const nubase::range authority = nubase::parse_authority(r, a_u);
+    nubase::range host = authority;
+    nubase::parse_service(host, a_u);
+    const std::string h = a_u.substr(host.first, host.second - host.first);
+    std::size_t brackets = 0;
+    for (std::size_t i = authority.first; i < authority.second; ++i)
+        brackets += a_u[i] == '[' || a_u[i] == ']';
+    const bool bracketed = h.size() >= 2 && h.front() == '[' && h.back() == ']' &&
+                           h.find_first_of("[]", 1) == h.size() - 1;
+    return brackets != (bracketed ? 2u : 0u);
+}
+
+// Whether the authority of `u` is empty only because its scan ended behind the '#'.
+bool cut_by_fragment(const std::string& a_u) {
+    return nubase::url_authority(a_u, false).empty() &&
+           !nubase::url_authority(a_u.substr(0, a_u.find('#')), false).empty();
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_size) {
@@ -36,12 +57,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
     std::string value = split == std::string::npos ? std::string() : rest.substr(split + 1);
     if ((a_data[1] & 2) != 0) value.clear();  // removal
 
-    // Brackets in the user information pair up with the host's and cannot be kept apart from it
-    // when the authority is rewritten.
-    const std::string authority = nubase::url_authority(url, false);
-    if (which >= 5 && which <= 9 && authority.find_first_of("[]") < authority.find('@') &&
-        authority.find('@') != std::string::npos)
-        return 0;
+    // The authority-piece setters replace their piece's range and nothing else. A bracket
+    // outside a bracketed host ("h:8[x/a;b]c") may pair up with a later one once a piece is
+    // replaced (or a bracketed host removed), so the authority then ends somewhere else and the
+    // pieces read back differently: the round trip is not promised for such authorities.
+    if (which >= 5 && which <= 9 && stray_bracket(url)) return 0;
     // Without a scheme, an edit that removes the '/' in front of a ':' makes that ':' a scheme's.
     if (which != 10 && nubase::url_scheme(url).empty() && url.find(':') < url.find('#')) return 0;
     const std::string fragment = nubase::url_fragment(url, false);
@@ -131,6 +151,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
         }
     }
     check(copied == u);
+    // An authority-piece edit can make the authority scan, which runs on into the fragment, end
+    // behind the '#' (a new '@' lets a ';' there end it): the authority is then read as empty,
+    // a kept quirk of the grammar, and these setters add no '/' to prevent it.
+    if (which >= 5 && which <= 9 && cut_by_fragment(u)) return 0;
     check(got == value);
     if (keeps_fragment) check(nubase::url_fragment(u, false) == fragment);
     return 0;

@@ -223,39 +223,116 @@ std::string& place_authority(std::string& a_u, const std::string& a_text) {
     return a_u;
 }
 
-// The authority rewritten with one piece replaced by `value` (already encoded).
 enum class piece { domain, user, password, host, service };
 
+// An authority of one piece, for a URL that has none yet: the piece with the markers it needs
+// to read back ("D;@", "u@", ":pw@", "h", ":80"; a host or service that holds an '@' gets one
+// in front, which would otherwise end an empty user information there).
+std::string lone_piece(piece a_which, const std::string& a_value) {
+    switch (a_which) {
+        case piece::domain: return a_value + ";@";
+        case piece::user: return (a_value.find(';') != k_npos ? ";" : "") + a_value + "@";
+        case piece::password:
+            return (a_value.find(';') != k_npos ? ";:" : ":") + a_value + "@";
+        case piece::host: return (a_value.find('@') != k_npos ? "@" : "") + a_value;
+        case piece::service: return (a_value.find('@') != k_npos ? "@:" : ":") + a_value;
+    }
+    return a_value;
+}
+
+// Whether replacing [first, second) of `u` with `text` lets the authority that ended at
+// `old_end` reach further than the edit moves that end.
+bool reaches_further(const std::string& a_u, std::size_t a_first, std::size_t a_second,
+                     const std::string& a_text, std::size_t a_old_end) {
+    std::string l_edited = a_u;
+    l_edited.replace(a_first, a_second - a_first, a_text);
+    const layout l_after = scan(l_edited);
+    return l_after.a == l_after.b ||
+           l_after.b + (a_second - a_first) > a_old_end + a_text.size();
+}
+
+// Sets one piece of an existing, non-empty authority by replacing that piece's range alone:
+// every other character of the authority stays, empty markers included ("p://@h" keeps its
+// '@', "ftp://anonymous:@h" its ':'). A piece that was absent comes with its markers; a piece
+// set to "" goes with its own marker, as the header describes.
 std::string& set_authority_piece(std::string& a_u, piece a_which, const std::string& a_value) {
     const layout l = scan(a_u);
+    if (l.a == l.b)
+        return a_value.empty() ? a_u : place_authority(a_u, lone_piece(a_which, a_value));
     const authority_parts l_p = split_authority(a_u, range(l.a, l.b));
-    auto l_get = [&](piece a_piece, const range& a_r) {
-        return a_piece == a_which ? a_value : copy(a_u, a_r, false);
-    };
-    const std::string l_domain = l_get(piece::domain, l_p.domain);
-    const std::string l_user = l_get(piece::user, l_p.user);
-    const std::string l_password = l_get(piece::password, l_p.password);
-    const std::string l_host = l_get(piece::host, l_p.host);
-    const std::string l_service = l_get(piece::service, l_p.service);
-
+    const char* l_d = a_u.data();
+    const std::size_t l_at = l_p.at ? l_p.password.second : l.a;  // the '@'
+    const bool l_semi = l_p.at && l_p.domain.second < l_at && l_d[l_p.domain.second] == ';';
+    const bool l_colon = l_p.at && l_p.user.second < l_at;  // the password's ':'
+    const bool l_userinfo = a_which == piece::domain || a_which == piece::user ||
+                            a_which == piece::password;
+    // Markers that must stand in front of the whole user information: a ';' for a user or
+    // password that holds one (it would otherwise end a domain), an '@' for a host or service
+    // that holds one (it would otherwise end an empty user information).
+    if (l_p.at && !l_semi && a_which != piece::domain && l_userinfo &&
+        a_value.find(';') != k_npos) {
+        a_u.insert(l.a, 1, ';');
+        return set_authority_piece(a_u, a_which, a_value);
+    }
+    if (!l_p.at && !l_userinfo && a_value.find('@') != k_npos) {
+        a_u.insert(l.a, 1, '@');
+        return set_authority_piece(a_u, a_which, a_value);
+    }
+    const char* l_at_mark = l_p.at ? "" : "@";
+    const char* l_semi_mark = !l_p.at && a_value.find(';') != k_npos ? ";" : "";
+    std::size_t l_first = l_at, l_second = l_at;  // the range replaced, an absent piece's place
     std::string l_text;
-    // The ';' also stands when the user or password holds one, which would otherwise be read
-    // as the end of a domain.
-    if (!l_domain.empty() || l_user.find(';') != std::string::npos ||
-        l_password.find(';') != std::string::npos)
-        l_text.append(l_domain).push_back(';');
-    l_text.append(l_user);
-    if (!l_password.empty()) l_text.append(1, ':').append(l_password);
-    // The '@' also stands when the host or service holds one, which would otherwise end an empty
-    // user information there.
-    if (!l_text.empty() || l_host.find('@') != std::string::npos ||
-        l_service.find('@') != std::string::npos)
-        l_text.push_back('@');
-    l_text.append(l_host);
-    if (!l_service.empty()) l_text.append(1, ':').append(l_service);
-
-    if (a_u.compare(l.a, l.b - l.a, l_text) == 0) return a_u;
-    return place_authority(a_u, l_text);
+    switch (a_which) {
+        case piece::domain:
+            l_first = l.a;
+            l_second = l_semi ? l_p.domain.second + 1 : l.a;
+            // The ';' stays while the user information behind it holds another.
+            if (a_value.empty() && l_semi && find_in(l_d, l_second, l_at, ';') < l_at) --l_second;
+            if (!a_value.empty()) l_text = a_value + ";" + l_at_mark;
+            break;
+        case piece::user:
+            if (l_p.at) l_first = l_p.user.first, l_second = l_p.user.second;
+            if (!a_value.empty()) l_text = l_semi_mark + a_value + l_at_mark;
+            break;
+        case piece::password:
+            if (l_colon) l_first = l_p.user.second;
+            if (!a_value.empty()) l_text = l_semi_mark + (":" + a_value) + l_at_mark;
+            break;
+        case piece::host:
+            l_first = l_p.host.first;
+            l_second = l_p.host.second;
+            l_text = a_value;
+            break;
+        case piece::service:
+            l_first = l_p.service.first > l_p.host.second ? l_p.service.first - 1 : l.b;
+            l_second = l.b;
+            if (!a_value.empty()) l_text = ':' + a_value;
+            break;
+    }
+    // Where the edit would let the authority reach further (a bracketed host that ended it at a
+    // ';' is replaced), an empty user information in front keeps the ';' ending it. A stray
+    // bracket that pairs up anew is left as it stands.
+    const bool l_empties = l_text.empty() && l_first == l.a && l_second == l.b;
+    if (!l_p.at && !l_userinfo && !l_empties &&
+        reaches_further(a_u, l_first, l_second, l_text, l.b)) {
+        std::string l_marked = a_u;
+        l_marked.insert(l.a, 1, '@');
+        if (!reaches_further(l_marked, l_first + 1, l_second + 1, l_text, l.b + 1)) {
+            l_marked.replace(l_first + 1, l_second - l_first, l_text);
+            a_u.swap(l_marked);
+            return a_u;
+        }
+    }
+    // A user information left empty loses its '@', unless the host or service holds one or the
+    // authority would then reach further.
+    if (l_p.at && l_userinfo && l_second > l_first && l_text.empty() && l_first == l.a &&
+        l_second == l_at && find_in(l_d, l_at + 1, l.b, '@') == l.b &&
+        !reaches_further(a_u, l.a, l_at + 1, "", l.b))
+        l_second = l_at + 1;
+    a_u.replace(l_first, l_second - l_first, l_text);
+    // An authority left empty goes with its "//".
+    if (l_text.empty() && l_first == l.a && l_second == l.b) return place_authority(a_u, std::string());
+    return a_u;
 }
 
 // Keeps bytes of this set unencoded (the set without '/' when '/' is to be encoded).

@@ -218,7 +218,16 @@ TEST(Url, PartSetters) {
         {"p://h#f/x", "n", "host", "p://n/h#f/x"},  // an authority cut by '#' gets a '/'
         {"p://D;a;b:p@h", "", "domain", "p://;a;b:p@h"},  // a ';' in the user keeps the domain's
         {"p://[x/y#]", "u", "user", "p://u@[x/y#]"},  // '[' pairs only before '#'; '/' ends host
-        {"p://u@h;x", "", "user", "p://h/;x"},        // the ';' must not join the authority
+        {"p://u@h;x", "", "user", "p://@h;x"},        // the '@' stays: the ';' still ends it
+        // Authority pieces replace their own range only; every other marker stays.
+        {"ftp://anonymous:@ftp.example.com/pub", "mirror.example.com", "host",
+         "ftp://anonymous:@mirror.example.com/pub"},
+        {"ftp://anonymous:@ftp.example.com/pub", "21", "service",
+         "ftp://anonymous:@ftp.example.com:21/pub"},
+        {"proto://@h/p", "n", "host", "proto://@n/p"},
+        {"proto://h:/p", "u", "user", "proto://u@h:/p"},
+        {"p://[::1]:8[x/a;b]c", "h", "host", "p://h:8[x/a;b]c"},  // a stray '[' is kept as is
+        {"p://[::1];x", "v", "host", "p://@v;x"},  // the '@' keeps the ';' ending the authority
         // Where the authority scan runs into the fragment, a '/' keeps the authority in place.
         {"s://D;u@#O;p", "v", "params", "s:///D;v#O;p"},   // without '@', "D;v" is the authority
         {"s://a@b#x;y", "", "fragment", "s:///a@b"},       // the ';' made the authority empty

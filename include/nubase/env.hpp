@@ -23,7 +23,8 @@ namespace env {
 
 // The absolute path of the current working directory, without a trailing '/' (except for "/"
 // itself). Directories of any depth are returned: the first attempt uses a 2048-byte buffer and
-// a longer path is retried with a larger one.
+// a longer path is retried with a larger one (returned rather than raised: a deliberate,
+// safer choice than failing on a deep directory).
 // Raises es::call "getcwd() failed: <text>" (line 1343) when the directory cannot be read (it
 // was removed, or a component is unreadable). <text> is what the look-up left in its buffer,
 // usually nothing, not the system's error text.

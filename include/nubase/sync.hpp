@@ -119,7 +119,8 @@ class NUBASE_API condition {
 
     // As `wait`, up to the absolute wall-clock time `deadline` (a dead-line in the past times out
     // at once). True when woken, false when the dead-line passed. A nanosecond part that rounds
-    // up to a whole second is carried into the seconds. Raises `es::call` "condition timedwait
+    // up to a whole second is carried into the seconds before the wait, on purpose, since the
+    // system call refuses a nanosecond part of one second or more. Raises `es::call` "condition timedwait
     // was interrupted by signal" (line 58) on EINTR and "condition timedwait error" (line 60) on
     // any other failure.
     bool wait_abs(const mutex& a_mutex, const timestamp& a_deadline) const;

@@ -161,6 +161,7 @@ NUBASE_API std::string& url_set_path(std::string& a_u, const std::string& a_path
 // the authority in place where an edit of the path, parameters, query or fragment would change
 // how far the authority scan reads: "s://D;u@#O;p" (authority "", path "D", parameters "u@")
 // with the parameters "v" gives "s:///D;v#O;p", not "s://D;v#O;p" with the authority "D;v".
+// This '/' goes beyond plain range replacement on purpose, so that the result reads back the same.
 NUBASE_API std::string& url_set_params(std::string& a_u, const std::string& a_params,
                                        bool a_encode = true);
 [[nodiscard]] NUBASE_API std::string url_new_params(const std::string& a_u,
@@ -193,20 +194,35 @@ NUBASE_API std::string& url_set_fragment(std::string& a_u, const kvmap& a_fragme
                                                       const kvmap& a_fragment, bool a_encode,
                                                       char a_pair_sep, char a_kv_sep);
 
-// The parts of the authority. Each setter splits the authority into domain, user, password,
-// host and service, replaces one and writes the authority back in the one layout
+// The parts of the authority: domain, user, password, host and service, laid out as
 //
 //     [domain ';'] [user] [':' password] '@' host [':' service]
 //
-// where the '@' stands whenever any of domain, user or password is non-empty (or the host or
-// service holds an '@'), the ':' and ';' only in front of (or behind) a non-empty part (or, for the
-// ';', when the user or password holds one). So the parts may be set in any order: "p:/x" with the
-// password "pw" gives "p://:pw@/x", then the domain "D" gives "p://D;:pw@/x". The authority is then
-// set as by `url_set_authority` (without encoding):
-// "//" for a new authority, a '/' behind it when needed, and an authority left empty is
-// removed with its "//". The host is never encoded; give an IPv6 literal with its brackets.
-// Pieces are copied raw, so brackets inside the user information (which pair up with the
-// host's when the authority is scanned) may not stay apart from the host after a rewrite.
+// Each setter replaces its own piece's range and keeps every other character of the authority,
+// empty markers included: "ftp://anonymous:@ftp.example.com/pub" with the host
+// "mirror.example.com" keeps its "anonymous:@", with the service "21" it gives
+// "ftp://anonymous:@ftp.example.com:21/pub"; "proto://@h/p" keeps its '@' when the host is set.
+// A piece that was absent comes with the marker it needs: ';' behind a domain, ':' in front of a
+// password or service, '@' behind a new user information, and "//" with a new authority (which
+// is placed as by `url_set_authority`, with a '/' behind it where the text behind would read as
+// part of it: "p:/x" with the password "pw" gives "p://:pw@/x", then the domain "D" gives
+// "p://D;:pw@/x"). A user or password that holds a ';' gets a ';' in front of the user
+// information, and a host or service that holds an '@' an '@' in front of the host, so that they
+// read back.
+//
+// A piece set to "" goes with its own marker: the domain with its ';' (which stays while the
+// user information behind it holds another ';'), the password and the service with their ':'.
+// A user information left empty loses its '@' too, unless the host or service holds an '@' or
+// the authority would then reach further ("p://u@h;x" without its user is "p://@h;x": without
+// the '@' the ';' would no longer end the authority). An authority left empty is removed with
+// its "//". Otherwise these setters never insert a '/' behind an existing authority; where a
+// replaced bracketed host ended the authority at a ';', an empty user information ('@') in front
+// of the new host keeps it ending there ("p://[::1];x" with the host "v" gives "p://@v;x").
+//
+// Brackets are added to nothing: the host is never encoded, so give an IPv6 literal with its
+// brackets. A bracket that stands outside a bracketed host is kept as it is, and may pair up
+// with a later one once a piece is replaced: "p://[::1]:8[x/a;b]c" with the host "h" gives
+// "p://h:8[x/a;b]c", whose authority now runs to the end.
 NUBASE_API std::string& url_set_domain(std::string& a_u, const std::string& a_domain,
                                        bool a_encode = true);
 [[nodiscard]] NUBASE_API std::string url_new_domain(const std::string& a_u,
