@@ -230,12 +230,16 @@ enum class piece { domain, user, password, host, service };
 // in front, which would otherwise end an empty user information there).
 std::string lone_piece(piece a_which, const std::string& a_value) {
     switch (a_which) {
-        case piece::domain: return a_value + ";@";
-        case piece::user: return (a_value.find(';') != k_npos ? ";" : "") + a_value + "@";
+        case piece::domain:
+            return a_value + ";@";
+        case piece::user:
+            return (a_value.find(';') != k_npos ? ";" : "") + a_value + "@";
         case piece::password:
             return (a_value.find(';') != k_npos ? ";:" : ":") + a_value + "@";
-        case piece::host: return (a_value.find('@') != k_npos ? "@" : "") + a_value;
-        case piece::service: return (a_value.find('@') != k_npos ? "@:" : ":") + a_value;
+        case piece::host:
+            return (a_value.find('@') != k_npos ? "@" : "") + a_value;
+        case piece::service:
+            return (a_value.find('@') != k_npos ? "@:" : ":") + a_value;
     }
     return a_value;
 }
@@ -247,91 +251,115 @@ bool reaches_further(const std::string& a_u, std::size_t a_first, std::size_t a_
     std::string l_edited = a_u;
     l_edited.replace(a_first, a_second - a_first, a_text);
     const layout l_after = scan(l_edited);
-    return l_after.a == l_after.b ||
-           l_after.b + (a_second - a_first) > a_old_end + a_text.size();
+    return l_after.a == l_after.b || l_after.b + (a_second - a_first) > a_old_end + a_text.size();
 }
 
-// Sets one piece of an existing, non-empty authority by replacing that piece's range alone:
-// every other character of the authority stays, empty markers included ("p://@h" keeps its
-// '@', "ftp://anonymous:@h" its ':'). A piece that was absent comes with its markers; a piece
-// set to "" goes with its own marker, as the header describes.
+// Where a piece lies in an existing authority, with the markers around it.
+struct piece_site {
+    layout l;
+    authority_parts p;
+    std::size_t at;  // the '@' (the authority's start without one)
+    bool semi;       // the domain's ';' stands
+    bool colon;      // the password's ':' stands
+};
+
+piece_site locate(const std::string& a_u) {
+    piece_site l_s;
+    l_s.l = scan(a_u);
+    l_s.p = split_authority(a_u, range(l_s.l.a, l_s.l.b));
+    l_s.at = l_s.p.at ? l_s.p.password.second : l_s.l.a;
+    l_s.semi = l_s.p.at && l_s.p.domain.second < l_s.at && a_u[l_s.p.domain.second] == ';';
+    l_s.colon = l_s.p.at && l_s.p.user.second < l_s.at;
+    return l_s;
+}
+
+// The range [first, second) that setting `which` to `value` replaces, and its new text: the
+// piece's own range, or an absent piece's place with the markers it needs.
+struct piece_edit {
+    std::size_t first, second;
+    std::string text;
+};
+
+piece_edit edit_for(const std::string& a_u, const piece_site& a_s, piece a_which,
+                    const std::string& a_value) {
+    const authority_parts& l_p = a_s.p;
+    const std::string l_at_mark = l_p.at ? "" : "@";
+    const std::string l_semi_mark = !l_p.at && a_value.find(';') != k_npos ? ";" : "";
+    piece_edit l_e{a_s.at, a_s.at, std::string()};
+    switch (a_which) {
+        case piece::domain:
+            l_e.first = a_s.l.a;
+            l_e.second = a_s.semi ? l_p.domain.second + 1 : a_s.l.a;
+            // The ';' stays while the user information behind it holds another.
+            if (a_value.empty() && a_s.semi &&
+                find_in(a_u.data(), l_e.second, a_s.at, ';') < a_s.at)
+                --l_e.second;
+            if (!a_value.empty()) l_e.text = a_value + ";" + l_at_mark;
+            break;
+        case piece::user:
+            if (l_p.at) l_e.first = l_p.user.first, l_e.second = l_p.user.second;
+            if (!a_value.empty()) l_e.text = l_semi_mark + a_value + l_at_mark;
+            break;
+        case piece::password:
+            if (a_s.colon) l_e.first = l_p.user.second;
+            if (!a_value.empty()) l_e.text = l_semi_mark + ":" + a_value + l_at_mark;
+            break;
+        case piece::host:
+            l_e = {l_p.host.first, l_p.host.second, a_value};
+            break;
+        case piece::service:
+            l_e.first = l_p.service.first > l_p.host.second ? l_p.service.first - 1 : a_s.l.b;
+            l_e.second = a_s.l.b;
+            if (!a_value.empty()) l_e.text = ':' + a_value;
+            break;
+    }
+    return l_e;
+}
+
+// Sets one piece of the authority by replacing that piece's range alone: every other character
+// of the authority stays, empty markers included ("p://@h" keeps its '@', "ftp://anonymous:@h"
+// its ':'). A piece that was absent comes with its markers; a piece set to "" goes with its
+// own marker, as the header describes. A URL without an authority gets a new one.
 std::string& set_authority_piece(std::string& a_u, piece a_which, const std::string& a_value) {
-    const layout l = scan(a_u);
+    const piece_site l_s = locate(a_u);
+    const layout& l = l_s.l;
     if (l.a == l.b)
         return a_value.empty() ? a_u : place_authority(a_u, lone_piece(a_which, a_value));
-    const authority_parts l_p = split_authority(a_u, range(l.a, l.b));
-    const char* l_d = a_u.data();
-    const std::size_t l_at = l_p.at ? l_p.password.second : l.a;  // the '@'
-    const bool l_semi = l_p.at && l_p.domain.second < l_at && l_d[l_p.domain.second] == ';';
-    const bool l_colon = l_p.at && l_p.user.second < l_at;  // the password's ':'
-    const bool l_userinfo = a_which == piece::domain || a_which == piece::user ||
-                            a_which == piece::password;
+    const bool l_userinfo =
+        a_which == piece::domain || a_which == piece::user || a_which == piece::password;
     // Markers that must stand in front of the whole user information: a ';' for a user or
     // password that holds one (it would otherwise end a domain), an '@' for a host or service
     // that holds one (it would otherwise end an empty user information).
-    if (l_p.at && !l_semi && a_which != piece::domain && l_userinfo &&
-        a_value.find(';') != k_npos) {
-        a_u.insert(l.a, 1, ';');
+    if ((l_s.p.at && !l_s.semi && l_userinfo && a_which != piece::domain &&
+         a_value.find(';') != k_npos) ||
+        (!l_s.p.at && !l_userinfo && a_value.find('@') != k_npos)) {
+        a_u.insert(l.a, 1, l_userinfo ? ';' : '@');
         return set_authority_piece(a_u, a_which, a_value);
     }
-    if (!l_p.at && !l_userinfo && a_value.find('@') != k_npos) {
-        a_u.insert(l.a, 1, '@');
-        return set_authority_piece(a_u, a_which, a_value);
-    }
-    const char* l_at_mark = l_p.at ? "" : "@";
-    const char* l_semi_mark = !l_p.at && a_value.find(';') != k_npos ? ";" : "";
-    std::size_t l_first = l_at, l_second = l_at;  // the range replaced, an absent piece's place
-    std::string l_text;
-    switch (a_which) {
-        case piece::domain:
-            l_first = l.a;
-            l_second = l_semi ? l_p.domain.second + 1 : l.a;
-            // The ';' stays while the user information behind it holds another.
-            if (a_value.empty() && l_semi && find_in(l_d, l_second, l_at, ';') < l_at) --l_second;
-            if (!a_value.empty()) l_text = a_value + ";" + l_at_mark;
-            break;
-        case piece::user:
-            if (l_p.at) l_first = l_p.user.first, l_second = l_p.user.second;
-            if (!a_value.empty()) l_text = l_semi_mark + a_value + l_at_mark;
-            break;
-        case piece::password:
-            if (l_colon) l_first = l_p.user.second;
-            if (!a_value.empty()) l_text = l_semi_mark + (":" + a_value) + l_at_mark;
-            break;
-        case piece::host:
-            l_first = l_p.host.first;
-            l_second = l_p.host.second;
-            l_text = a_value;
-            break;
-        case piece::service:
-            l_first = l_p.service.first > l_p.host.second ? l_p.service.first - 1 : l.b;
-            l_second = l.b;
-            if (!a_value.empty()) l_text = ':' + a_value;
-            break;
-    }
+    piece_edit l_e = edit_for(a_u, l_s, a_which, a_value);
+    const bool l_empties = l_e.text.empty() && l_e.first == l.a && l_e.second == l.b;
     // Where the edit would let the authority reach further (a bracketed host that ended it at a
     // ';' is replaced), an empty user information in front keeps the ';' ending it. A stray
     // bracket that pairs up anew is left as it stands.
-    const bool l_empties = l_text.empty() && l_first == l.a && l_second == l.b;
-    if (!l_p.at && !l_userinfo && !l_empties &&
-        reaches_further(a_u, l_first, l_second, l_text, l.b)) {
+    if (!l_s.p.at && !l_userinfo && !l_empties &&
+        reaches_further(a_u, l_e.first, l_e.second, l_e.text, l.b)) {
         std::string l_marked = a_u;
         l_marked.insert(l.a, 1, '@');
-        if (!reaches_further(l_marked, l_first + 1, l_second + 1, l_text, l.b + 1)) {
-            l_marked.replace(l_first + 1, l_second - l_first, l_text);
-            a_u.swap(l_marked);
+        if (!reaches_further(l_marked, l_e.first + 1, l_e.second + 1, l_e.text, l.b + 1)) {
+            a_u.swap(l_marked.replace(l_e.first + 1, l_e.second - l_e.first, l_e.text));
             return a_u;
         }
     }
     // A user information left empty loses its '@', unless the host or service holds one or the
     // authority would then reach further.
-    if (l_p.at && l_userinfo && l_second > l_first && l_text.empty() && l_first == l.a &&
-        l_second == l_at && find_in(l_d, l_at + 1, l.b, '@') == l.b &&
-        !reaches_further(a_u, l.a, l_at + 1, "", l.b))
-        l_second = l_at + 1;
-    a_u.replace(l_first, l_second - l_first, l_text);
+    if (l_s.p.at && l_userinfo && l_e.second > l_e.first && l_e.text.empty() && l_e.first == l.a &&
+        l_e.second == l_s.at && find_in(a_u.data(), l_s.at + 1, l.b, '@') == l.b &&
+        !reaches_further(a_u, l.a, l_s.at + 1, "", l.b))
+        l_e.second = l_s.at + 1;
+    a_u.replace(l_e.first, l_e.second - l_e.first, l_e.text);
     // An authority left empty goes with its "//".
-    if (l_text.empty() && l_first == l.a && l_second == l.b) return place_authority(a_u, std::string());
+    if (l_e.text.empty() && l_e.first == l.a && l_e.second == l.b)
+        return place_authority(a_u, std::string());
     return a_u;
 }
 
