@@ -91,6 +91,66 @@ TEST(ByteStream, EndOfDataKeepsPositionAndBytes) {
               raised<es::arg>([&] { r2.read_at(17); }));
 }
 
+// Typed fields at the very end of the data and one byte past it, in both byte orders.
+TEST(ByteStream, TypedFieldsAtTheEndAndOnePast) {
+    const std::vector<unsigned char> data = {0x01, 0x02, 0x03, 0x04, 0x85, 0x86, 0x87, 0x88, 0xF9};
+    using reader = bytestream::rd;
+    const struct {
+        unsigned width;
+        std::uint64_t (*read)(const reader&);
+        std::uint64_t (*peek)(const reader&);
+        std::uint64_t be, le;  // the value of the last `width` bytes
+    } rows[] = {
+        {2, [](const reader& r) -> std::uint64_t { return r.read_be16(); },
+         [](const reader& r) -> std::uint64_t { return r.peek_be16(); }, 0x88F9, 0},
+        {2, [](const reader& r) -> std::uint64_t { return r.read_le16(); },
+         [](const reader& r) -> std::uint64_t { return r.peek_le16(); }, 0, 0xF988},
+        {4, [](const reader& r) -> std::uint64_t { return r.read_be32(); },
+         [](const reader& r) -> std::uint64_t { return r.peek_be32(); }, 0x868788F9, 0},
+        {4, [](const reader& r) -> std::uint64_t { return r.read_le32(); },
+         [](const reader& r) -> std::uint64_t { return r.peek_le32(); }, 0, 0xF9888786},
+        {8, [](const reader& r) -> std::uint64_t { return r.read_be64(); },
+         [](const reader& r) -> std::uint64_t { return r.peek_be64(); }, 0x02030485868788F9, 0},
+        {8, [](const reader& r) -> std::uint64_t { return r.read_le64(); },
+         [](const reader& r) -> std::uint64_t { return r.peek_le64(); }, 0, 0xF988878685040302},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.width << (row.be != 0 ? " be" : " le"));
+        const std::uint64_t expected = row.be != 0 ? row.be : row.le;
+        piece_rd src(data, 3);
+        bytestream::rd r(src, 8);
+        const unsigned long long at = data.size() - row.width;
+        r.skip(at);
+        EXPECT_EQ(expected, row.peek(r));
+        EXPECT_EQ(at, r.tell());
+        EXPECT_EQ(expected, row.read(r));
+        EXPECT_EQ(data.size(), r.tell());
+        // One byte short: raised as by read_at, nothing consumed, the bytes still there.
+        piece_rd short_src(data, 3);
+        bytestream::rd s(short_src, 8);
+        s.skip(at + 1);
+        EXPECT_EQ("lib/nubase/src/stream_rd: n/a", raised<es::uflow>([&] { row.read(s); }));
+        EXPECT_THROW(row.peek(s), es::uflow);
+        EXPECT_EQ(at + 1, s.tell());
+        EXPECT_EQ(data[at + 1], *s.read_at(1));
+    }
+    // The writer stores the same layouts.
+    log_wr sink;
+    {
+        bytestream::wr w(sink, 8);
+        w.write_be16(0x0102);
+        w.write_le16(0x0102);
+        w.write_be32(0x868788F9);
+        w.write_le32(0x868788F9);
+        w.write_be64(0x0102030485868788);
+        w.write_le64(0x0102030485868788);
+    }
+    const std::vector<unsigned char> expected = {
+        0x01, 0x02, 0x02, 0x01, 0x86, 0x87, 0x88, 0xF9, 0xF9, 0x88, 0x87, 0x86, 0x01, 0x02,
+        0x03, 0x04, 0x85, 0x86, 0x87, 0x88, 0x88, 0x87, 0x86, 0x85, 0x04, 0x03, 0x02, 0x01};
+    EXPECT_EQ(expected, sink.out);
+}
+
 TEST(ByteStream, RunsAndSkipsBypassOrSpanTheCache) {
     const std::vector<unsigned char> data = counting(300);
     for (unsigned long long piece : {3ULL, 1000ULL}) {

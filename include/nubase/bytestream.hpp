@@ -6,8 +6,8 @@
 //
 //   nubase::stream::mem src(data, size);
 //   nubase::bytestream::rd r(src, 65536);
-//   const unsigned char* h = r.read_at(8);             // an atom header
-//   std::uint32_t length = (h[0] << 24) | (h[1] << 16) | (h[2] << 8) | h[3];
+//   std::uint32_t length = r.read_be32();              // an atom header: size, then type
+//   std::uint32_t type = r.read_be32();
 //   r.skip(length - 8);
 //
 // Failure state: running out of data raises `es::uflow` (source "lib/nubase/src/stream_rd",
@@ -21,11 +21,32 @@
 #ifndef NUBASE_BYTESTREAM_HPP
 #define NUBASE_BYTESTREAM_HPP
 
+#include <cstring>
+
 #include "nubase/config.hpp"
 #include "nubase/stream.hpp"
 
 namespace nubase {
 namespace bytestream {
+
+namespace detail {
+
+// `v` as stored in memory in big-endian (`big`) or little-endian order, or back: a byte swap
+// where the host's order differs, nothing where it is the same.
+template <bool big, class T>
+inline T ordered(T a_v) noexcept {
+#if defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_BIG_ENDIAN__
+    constexpr bool k_swap = !big;
+#else
+    constexpr bool k_swap = big;
+#endif
+    if (!k_swap || sizeof(T) == 1) return a_v;
+    if (sizeof(T) == 2) return static_cast<T>(__builtin_bswap16(static_cast<std::uint16_t>(a_v)));
+    if (sizeof(T) == 4) return static_cast<T>(__builtin_bswap32(static_cast<std::uint32_t>(a_v)));
+    return static_cast<T>(__builtin_bswap64(static_cast<std::uint64_t>(a_v)));
+}
+
+}  // namespace detail
 
 // Byte reader. Reading operations are const: the cache is internal state.
 //
@@ -70,6 +91,30 @@ class NUBASE_API rd {
         return m_cache + m_fill_end - m_available;
     }
 
+    // Typed fields: the next 2, 4 or 8 bytes as an unsigned number stored big-endian (`be`) or
+    // little-endian (`le`). `read_*` consumes them, `peek_*` does not. Each leaves the reader
+    // exactly as `read_at` or `peek_at` of the same width would, failure state included: fewer
+    // bytes left raises `es::uflow` and consumes nothing. Inline like `read_at` (the cache
+    // layout is part of this fast path): one unaligned load and, where the host's byte order
+    // differs, a byte swap; the refill stays out of line.
+    //
+    //   nubase::stream::mem src(bytes, 6);          // 12 34 56 78 9a bc
+    //   nubase::bytestream::rd r(src, 64);
+    //   r.peek_le16();                              // 0x3412, nothing consumed
+    //   r.read_be32();                              // 0x12345678
+    //   r.read_be32();                              // raises es::uflow; r.tell() stays 4
+    std::uint16_t read_be16() const { return field<std::uint16_t, true, true>(); }
+    std::uint32_t read_be32() const { return field<std::uint32_t, true, true>(); }
+    std::uint64_t read_be64() const { return field<std::uint64_t, true, true>(); }
+    std::uint16_t read_le16() const { return field<std::uint16_t, false, true>(); }
+    std::uint32_t read_le32() const { return field<std::uint32_t, false, true>(); }
+    std::uint64_t read_le64() const { return field<std::uint64_t, false, true>(); }
+    std::uint16_t peek_be16() const { return field<std::uint16_t, true, false>(); }
+    std::uint32_t peek_be32() const { return field<std::uint32_t, true, false>(); }
+    std::uint64_t peek_be64() const { return field<std::uint64_t, true, false>(); }
+    std::uint16_t peek_le16() const { return field<std::uint16_t, false, false>(); }
+    std::uint32_t peek_le32() const { return field<std::uint32_t, false, false>(); }
+    std::uint64_t peek_le64() const { return field<std::uint64_t, false, false>(); }
     // Copies n bytes to p and returns n. The available count is first rounded down to a
     // multiple of `align` (a power of two; 1 keeps every byte), dropping the bytes before the
     // aligned position as `align()` does; the cached bytes are copied and the rest is read
@@ -94,6 +139,15 @@ class NUBASE_API rd {
     unsigned long long tell() const { return m_source->tell() - m_available; }
 
   private:
+    template <class T, bool big, bool consume>
+    T field() const {
+        if (m_available < sizeof(T)) refill_field(sizeof(T));
+        T l_value;
+        std::memcpy(&l_value, m_cache + m_fill_end - m_available, sizeof(T));
+        if (consume) m_available -= sizeof(T);
+        return detail::ordered<big>(l_value);
+    }
+
     // The slow paths: carry the unconsumed bytes to the front and read behind them.
     void refill_field(unsigned long long a_n) const;
     bool refill_test(unsigned long long a_n) const;
@@ -144,6 +198,17 @@ class NUBASE_API wr {
         return l_p;
     }
 
+    // Typed fields: `v` stored in the next 2, 4 or 8 bytes, big-endian (`be`) or little-endian
+    // (`le`), through `write_at`, so they fail as it does.
+    //
+    //   w.write_be32(0x12345678);   // 12 34 56 78
+    //   w.write_le16(0x1234);       // 34 12
+    void write_be16(std::uint16_t a_v) { store<true>(a_v); }
+    void write_be32(std::uint32_t a_v) { store<true>(a_v); }
+    void write_be64(std::uint64_t a_v) { store<true>(a_v); }
+    void write_le16(std::uint16_t a_v) { store<false>(a_v); }
+    void write_le32(std::uint32_t a_v) { store<false>(a_v); }
+    void write_le64(std::uint64_t a_v) { store<false>(a_v); }
     // Appends n bytes after first padding the output with zeros to a multiple of `align` (a
     // power of two) as `align()` does. A run that does not fit the room goes straight to the
     // sink after the pending bytes.
@@ -163,6 +228,12 @@ class NUBASE_API wr {
     unsigned long long tell() const { return m_sink->tell() + (m_block - m_free); }
 
   private:
+    template <bool big, class T>
+    void store(T a_v) {
+        const T l_value = detail::ordered<big>(a_v);
+        std::memcpy(write_at(sizeof(T)), &l_value, sizeof(T));
+    }
+
     void make_room(unsigned long long a_n);
     void write_pending();
 
