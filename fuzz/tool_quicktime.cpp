@@ -1,29 +1,73 @@
-// Fuzzes the tool's QuickTime/MP4 atom walk and its timecode label parser: any bytes give a
-// track, "no track" or `malformed_file`, never a crash or a read outside the data.
+// Fuzzes the tool's QuickTime/MP4 reader and its timecode label parser: any bytes give timecode
+// tracks, none, or `malformed_file`, never a crash, a hang or a read outside the data. Read from
+// a seekable stream and read through as from a pipe, the same bytes must give the same tracks.
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
-#include "../tools/nubase/labels.hpp"
-#include "../tools/nubase/quicktime.hpp"
+#include "labels.hpp"
+#include "media/quicktime.hpp"
 #include "nubase/es.hpp"
 #include "nubase/stream.hpp"
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    nubase::stream::mem source(const_cast<std::uint8_t*>(data), size);
+namespace {
+
+// The bytes as a pipe gives them: no seeking, short reads.
+class pipe_stream : public nubase::stream::rd {
+  public:
+    pipe_stream(const std::uint8_t* a_data, std::size_t a_size) : m_data(a_data), m_size(a_size) {}
+    unsigned long long read(void* a_p, unsigned long long a_n) override {
+        const unsigned long long l_n = std::min<unsigned long long>({a_n, m_size - m_at, 4093});
+        std::copy(m_data + m_at, m_data + m_at + l_n, static_cast<std::uint8_t*>(a_p));
+        m_at += l_n;
+        return l_n;
+    }
+    unsigned long long tell() override { return m_at; }
+
+  private:
+    const std::uint8_t* m_data;
+    std::size_t m_size, m_at = 0;
+};
+
+bool read(nubase::stream::rd& a_source, nubase::stream::rda* a_seekable,
+          nubase_tool::movie_timecode& a_movie) {
     try {
-        nubase_tool::tmcd_track track;
-        if (nubase_tool::find_tmcd_track(source, track)) {
-            const std::uint32_t frame = nubase_tool::read_first_tmcd_sample(source, track);
-            if (track.number_of_frames != 0) {
-                const nubase_tool::label_rate rate{
-                    track.number_of_frames, track.drop_frame() && track.number_of_frames % 30 == 0,
-                    "x"};
-                const nubase_tool::label l = nubase_tool::label_with_frame(frame, rate);
-                if (nubase_tool::frame_with_label(l, rate) != frame) __builtin_trap();
-            }
-        }
+        a_movie = nubase_tool::read_quicktime(a_source, a_seekable);
+        return true;
     } catch (const nubase_tool::malformed_file&) {
     } catch (const nubase::es::base&) {
+    }
+    return false;
+}
+
+bool same(const nubase_tool::timecode_source& a_x, const nubase_tool::timecode_source& a_y) {
+    return a_x.track_id == a_y.track_id && a_x.video_track_ids == a_y.video_track_ids &&
+           a_x.flags == a_y.flags && a_x.time_scale == a_y.time_scale &&
+           a_x.frame_duration == a_y.frame_duration && a_x.reel == a_y.reel &&
+           a_x.sample_value == a_y.sample_value && a_x.sample_offset == a_y.sample_offset &&
+           a_x.media_duration == a_y.media_duration;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    nubase::stream::mem file(const_cast<std::uint8_t*>(data), size);
+    pipe_stream pipe(data, size);
+    nubase_tool::movie_timecode from_file, from_pipe;
+    const bool file_ok = read(file, &file, from_file);
+    const bool pipe_ok = read(pipe, nullptr, from_pipe);
+    if (file_ok && pipe_ok) {
+        if (from_file.tracks.size() != from_pipe.tracks.size()) __builtin_trap();
+        for (std::size_t i = 0; i < from_file.tracks.size(); ++i)
+            if (!same(from_file.tracks[i], from_pipe.tracks[i])) __builtin_trap();
+    }
+    for (const nubase_tool::timecode_source& track : from_file.tracks) {
+        // A track that was read has a consistent description, so its labels can be made.
+        const nubase_tool::label_rate rate{track.number_of_frames, track.drop_frame(), "x"};
+        if (track.counter()) continue;
+        const nubase_tool::label l = nubase_tool::label_with_frame(track.sample_value, rate);
+        if (nubase_tool::frame_with_label(l, rate) != track.sample_value) __builtin_trap();
+        track.duration_frames();
     }
     // The same bytes as a typed timecode.
     nubase_tool::label l{};

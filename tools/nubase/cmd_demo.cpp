@@ -9,7 +9,7 @@
 #include <string>
 
 #include "labels.hpp"
-#include "movie_writer.hpp"
+#include "media/movie_writer.hpp"
 #include "nubase/callqueue.hpp"
 #include "nubase/es.hpp"
 #include "nubase/stream.hpp"
@@ -17,7 +17,7 @@
 #include "nubase/timecode.hpp"
 #include "nubase/timestamp.hpp"
 #include "nubase/urlpath.hpp"
-#include "quicktime.hpp"
+#include "media/quicktime.hpp"
 #include "tool.hpp"
 
 namespace nubase_tool {
@@ -46,9 +46,10 @@ class parse_header : public nubase::thread_base {
 
     void operator()() override {
         nubase::stream::mem l_source(const_cast<unsigned char*>(m_movie.data()), m_movie.size());
-        tmcd_track l_track;
-        if (!find_tmcd_track(l_source, l_track)) return;
-        const std::uint32_t l_frame = read_first_tmcd_sample(l_source, l_track);
+        const movie_timecode l_movie = read_quicktime(l_source, &l_source);
+        if (l_movie.tracks.empty()) return;
+        const timecode_source& l_track = l_movie.tracks.front();
+        const std::uint32_t l_frame = l_track.sample_value;
         // The library's timecode from the sample's label; drop-frame at 29.97.
         const label_rate l_rate{l_track.number_of_frames, l_track.drop_frame(), "29.97"};
         const label l_label = label_with_frame(l_frame, l_rate);

@@ -1,5 +1,4 @@
-// The media commands: probe (timecode of QuickTime/MP4 files), tc (timecode calculator) and
-// scan (start codes).
+// The media commands: tc (timecode calculator) and scan (start codes).
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -10,58 +9,9 @@
 #include "nubase/bitstream.hpp"
 #include "nubase/es.hpp"
 #include "nubase/timecode.hpp"
-#include "quicktime.hpp"
 #include "tool.hpp"
 
 namespace nubase_tool {
-
-// ---- probe ------------------------------------------------------------------------------------
-
-namespace {
-
-// Probes one file; prints its line and returns its exit code.
-int probe_file(const std::string& a_path) {
-    try {
-        file_reader l_file(a_path);
-        tmcd_track l_track;
-        if (!find_tmcd_track(l_file, l_track)) {
-            std::printf("%s: no timecode track\n", a_path.c_str());
-            return k_exit_not_found;
-        }
-        if (l_track.time_scale == 0 || l_track.frame_duration == 0 ||
-            l_track.number_of_frames == 0) {
-            throw malformed_file("a timecode description without a rate");
-        }
-        const label_rate l_rate{l_track.number_of_frames,
-                                l_track.drop_frame() && l_track.number_of_frames % 30 == 0,
-                                rate_text(l_track.time_scale, l_track.frame_duration)};
-        if (l_track.drop_frame() && !l_rate.drop) {
-            throw malformed_file("a drop-frame flag at " + std::to_string(l_rate.nominal) +
-                                 " frames a second");
-        }
-        const std::uint32_t l_frame = read_first_tmcd_sample(l_file, l_track);
-        std::printf("%s: %s %s fps %s\n", a_path.c_str(),
-                    label_text(label_with_frame(l_frame, l_rate), l_rate).c_str(),
-                    l_rate.text.c_str(), l_rate.drop ? "drop-frame" : "non-drop");
-        return k_exit_ok;
-    } catch (const malformed_file& e) {
-        return user_error(a_path + ": malformed file: " + e.what());
-    } catch (const nubase::es::base& e) {
-        return user_error(a_path + ": " + e.what());
-    }
-}
-
-}  // namespace
-
-int run_probe(const arguments& a_args) {
-    if (a_args.m_free.empty()) return user_error("probe needs a file (see 'nubase probe --help')");
-    int l_result = k_exit_ok;
-    for (const std::string& l_path : a_args.m_free) {
-        const int l_code = probe_file(l_path);
-        if (l_code > l_result) l_result = l_code;
-    }
-    return l_result;
-}
 
 // ---- tc ---------------------------------------------------------------------------------------
 
@@ -204,9 +154,6 @@ int run_scan(const arguments& a_args) {
 }
 
 // ---- declarations and descriptions ------------------------------------------------------------
-
-void declare_probe(nubase::arg::optparser&) {}
-void describe_probe(nubase::arg::optparser&) {}
 
 void declare_tc(nubase::arg::optparser& a_parser) {
     a_parser.add_opt(k_rate, "rate", 1, 1);

@@ -6,6 +6,10 @@ namespace nubase_tool {
 // Option declarations and descriptions, with each command.
 void declare_none(nubase::arg::optparser&);
 void describe_none(nubase::arg::optparser&);
+void declare_probe(nubase::arg::optparser&);
+void describe_probe(nubase::arg::optparser&);
+void declare_retc(nubase::arg::optparser&);
+void describe_retc(nubase::arg::optparser&);
 void declare_tc(nubase::arg::optparser&);
 void describe_tc(nubase::arg::optparser&);
 void declare_scan(nubase::arg::optparser&);
@@ -17,13 +21,31 @@ void describe_run(nubase::arg::optparser&);
 
 const std::vector<command>& commands() {
     static const std::vector<command> s_commands = {
-        {"probe", "probe FILE...", "the start timecode of QuickTime and MP4 files",
-         "Reads each file's timecode track (the track whose media handler is tmcd), its first "
-         "sample and its sample description, and prints one line per file: the start timecode, "
-         "the rate and whether it counts in drop-frame. Labels use !Q!;!QE! before the frames "
-         "for drop-frame only. A file without a timecode track is reported and makes the exit "
-         "status 1; a truncated or malformed file gives one error line and status 2.",
-         &declare_none, &describe_none, &run_probe},
+        {"probe", "probe [--json] FILE...", "the timecode tracks of QuickTime and MP4 files",
+         "Reads every timecode track of each file (a track whose sample description is tmcd) and "
+         "prints one line per track: the start timecode, the rate and whether it counts in "
+         "drop-frame; a counter track prints its count. The primary track comes first (the one "
+         "the first video track references, else the lowest track id) in the form "
+         "!Q!clip.mov: 01:00:00;00 29.97 fps drop-frame!QE!; further tracks as "
+         "!Q!clip.mov [track 3]: ...!QE!. Labels use !Q!;!QE! before the frames for drop-frame "
+         "only. FILE may be !Q!-!QE! for standard input: pipes, FIFOs and devices are read "
+         "through, keeping the first 64 MiB of media data in case the movie header comes last. "
+         "Fragmented MP4 files are read through their fragments. The start is the first "
+         "sample's value as stored (edit lists are not applied). Exit status: 0 when every file "
+         "has a timecode track, 1 when one has none, 2 when one could not be read or is "
+         "malformed or inconsistent (one error line each).",
+         &declare_probe, &describe_probe, &run_probe},
+        {"retc", "retc FILE TIMECODE [--track ID] [--dry-run]",
+         "restamps the start timecode of a movie in place",
+         "Rewrites the first sample of a timecode track (the 4 bytes of its frame counter) so "
+         "that the track starts at TIMECODE, read at the track's rate; no other byte of the file "
+         "changes, nor its size. Prints !Q!FILE: OLD -> NEW!QE!. Refused, with nothing written "
+         "(status 2): a file with several timecode tracks without --track, a counter track, a "
+         "sample that is not 4 bytes, a fragmented file whose sample cannot be located exactly, "
+         "a file that is not a regular writable file, and a timecode that does not exist at the "
+         "track's rate (a dropped label, minutes or seconds above 59, frames at or above the "
+         "nominal rate, 24 hours or more on a 24-hour track).",
+         &declare_retc, &describe_retc, &run_retc},
         {"tc",
          "tc TIMECODE [--rate R] [--add N | --sub N] [--frames] [--tmcd] [--from-frames N] "
          "[--from-tmcd HEX]",

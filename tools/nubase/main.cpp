@@ -15,9 +15,17 @@
 
 namespace nubase_tool {
 
+namespace {
+
+// The option parser passes over a lone "-"; the tool hands it over as this stand-in (recognised
+// by its address, never by its text) so that "-" can name standard input.
+char k_lone_dash[] = "(standard input)";
+
+}  // namespace
+
 int arguments::operator()(int a_id, std::vector<const char*> a_args) {
     if (a_id == 1) {
-        m_free.emplace_back(a_args.empty() ? "" : a_args[0]);
+        m_free.emplace_back(a_args.empty() ? "" : a_args[0] == k_lone_dash ? "-" : a_args[0]);
     } else {
         m_options[a_id].assign(a_args.begin(), a_args.end());
     }
@@ -48,6 +56,8 @@ int run_command(const command& a_command, int a_argc, char** a_argv) {
     nubase::arg::optparser l_parser(&l_args);
     declare_common(l_parser);
     a_command.declare(l_parser);
+    for (int l_i = 1; l_i < a_argc && std::strcmp(a_argv[l_i], "--") != 0; ++l_i)
+        if (std::strcmp(a_argv[l_i], "-") == 0) a_argv[l_i] = k_lone_dash;
     // The parser has printed its one "*** " line.
     if (!l_parser.parse(static_cast<unsigned>(a_argc), a_argv)) return k_exit_usage;
     if (l_args.has(k_opt_help)) {

@@ -70,6 +70,7 @@ void print_manual(const command* a_command, bool a_html);
 
 // The commands.
 int run_probe(const arguments& a_args);
+int run_retc(const arguments& a_args);
 int run_tc(const arguments& a_args);
 int run_url(const arguments& a_args);
 int run_base64(const arguments& a_args);

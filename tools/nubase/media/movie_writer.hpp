@@ -1,4 +1,4 @@
-// tools/nubase/movie_writer.hpp - writes small QuickTime (.mov) and ISO base media (.mp4) files
+// tools/nubase/media/movie_writer.hpp - writes small QuickTime (.mov) and ISO base media (.mp4) files
 // with a timecode track, for the demo and for the tool's tests.
 #ifndef NUBASE_TOOL_MOVIE_WRITER_HPP
 #define NUBASE_TOOL_MOVIE_WRITER_HPP

@@ -1,0 +1,235 @@
+// The timecode commands of media files: probe (read every timecode track) and retc (restamp a
+// track's start timecode in place).
+#include <algorithm>
+#include <cinttypes>
+#include <cstdio>
+#include <numeric>
+#include <string>
+
+#include "cli/json.hpp"
+#include "labels.hpp"
+#include "media/input.hpp"
+#include "media/quicktime.hpp"
+#include "media/rewrite.hpp"
+#include "nubase/es.hpp"
+#include "tool.hpp"
+
+namespace nubase_tool {
+namespace {
+
+enum timecode_option { k_json = -20, k_track = -21, k_dry_run = 'n' };
+
+label_rate rate_of(const timecode_source& a_s) {
+    return {a_s.number_of_frames, a_s.drop_frame(), rate_text(a_s.time_scale, a_s.frame_duration)};
+}
+
+// The rate as a reduced fraction: "30000/1001", "25/1".
+std::string fraction(const timecode_source& a_s) {
+    const std::uint32_t l_gcd = std::gcd(a_s.time_scale, a_s.frame_duration);
+    return std::to_string(a_s.time_scale / l_gcd) + "/" + std::to_string(a_s.frame_duration / l_gcd);
+}
+
+std::string start_label(const timecode_source& a_s) {
+    return label_text(label_with_frame(a_s.sample_value, rate_of(a_s)), rate_of(a_s));
+}
+
+// The label of the first frame after the covered range, like an out point.
+std::string end_label(const timecode_source& a_s) {
+    return label_text(label_with_frame(a_s.sample_value + a_s.duration_frames(), rate_of(a_s)),
+                      rate_of(a_s));
+}
+
+// "clip.mov: 01:00:00;00 29.97 fps drop-frame"; further tracks name themselves.
+std::string track_line(const std::string& a_file, const timecode_source& a_s, bool a_primary) {
+    std::string l_line = a_primary ? a_file : a_file + " [track " + std::to_string(a_s.track_id) + "]";
+    const label_rate l_rate = rate_of(a_s);
+    if (a_s.counter())
+        return l_line + ": " + std::to_string(a_s.sample_value) + " " + l_rate.text + " fps counter";
+    return l_line + ": " + start_label(a_s) + " " + l_rate.text + " fps " +
+           (l_rate.drop ? "drop-frame" : "non-drop");
+}
+
+void track_json(json_writer& a_j, const timecode_source& a_s) {
+    a_j.begin_object();
+    a_j.key("track_id").value(a_s.track_id);
+    a_j.key("video_track_ids").begin_array();
+    for (const std::uint32_t l_id : a_s.video_track_ids)
+        a_j.value(l_id);
+    a_j.end_array();
+    a_j.key("enabled").value(a_s.enabled);
+    if (a_s.counter()) {
+        a_j.key("start").null();
+        a_j.key("end").null();
+    } else {
+        a_j.key("start").value(start_label(a_s));
+        a_j.key("end").value(end_label(a_s));
+    }
+    a_j.key("duration_frames").value(a_s.duration_frames());
+    a_j.key("rate").value(fraction(a_s));
+    a_j.key("fps").value(a_s.number_of_frames);
+    a_j.key("drop_frame").value(a_s.drop_frame());
+    a_j.key("max_24h").value(a_s.max_24h());
+    a_j.key("negative").value(a_s.negative());
+    a_j.key("counter").value(a_s.counter());
+    if (a_s.reel.empty()) {
+        a_j.key("reel").null();
+    } else {
+        a_j.key("reel").value(a_s.reel);
+    }
+    a_j.key("sample_value").value(a_s.sample_value);
+    a_j.end_object();
+}
+
+// Reads the timecode tracks of `path`; on failure prints the one "*** " line and returns
+// k_exit_usage with the message in `error`.
+int read_tracks(const std::string& a_path, movie_timecode& a_movie, std::string& a_error) {
+    try {
+        media_input l_input(a_path);
+        a_movie = read_quicktime(l_input.stream(), l_input.seekable());
+        return a_movie.tracks.empty() ? k_exit_not_found : k_exit_ok;
+    } catch (const malformed_file& e) {
+        a_error = e.what();
+    } catch (const input_error& e) {
+        a_error = e.what();
+    } catch (const nubase::es::base& e) {
+        a_error = e.what();
+    }
+    user_error(a_path + ": " + a_error);
+    return k_exit_usage;
+}
+
+}  // namespace
+
+int run_probe(const arguments& a_args) {
+    if (a_args.m_free.empty()) return user_error("probe needs a file (see 'nubase probe --help')");
+    const bool l_json = a_args.has(k_json);
+    json_writer l_j;
+    l_j.begin_array();
+    int l_result = k_exit_ok;
+    for (const std::string& l_path : a_args.m_free) {
+        movie_timecode l_movie;
+        std::string l_error;
+        const int l_code = read_tracks(l_path, l_movie, l_error);
+        l_result = std::max(l_result, l_code);
+        if (l_json) {
+            l_j.begin_object().key("file").value(l_path).key("tracks").begin_array();
+            for (const timecode_source& l_s : l_movie.tracks)
+                track_json(l_j, l_s);
+            l_j.end_array().key("error");
+            if (l_code == k_exit_usage) {
+                l_j.value(l_error);
+            } else {
+                l_j.null();
+            }
+            l_j.end_object();
+        } else if (l_code == k_exit_not_found) {
+            std::printf("%s: no timecode track\n", l_path.c_str());
+        } else {
+            for (std::size_t l_i = 0; l_i < l_movie.tracks.size(); ++l_i)
+                std::printf("%s\n", track_line(l_path, l_movie.tracks[l_i], l_i == 0).c_str());
+        }
+    }
+    l_j.end_array();
+    if (l_json) std::printf("%s\n", l_j.text().c_str());
+    return l_result;
+}
+
+int run_retc(const arguments& a_args) {
+    if (a_args.m_free.size() != 2)
+        return user_error("retc needs a file and a timecode (see 'nubase retc --help')");
+    const std::string& l_path = a_args.m_free[0];
+    const std::string& l_text = a_args.m_free[1];
+    const auto l_refuse = [&](const std::string& a_why) { return user_error(l_path + ": " + a_why); };
+
+    file_identity l_identity;
+    movie_timecode l_movie;
+    try {
+        l_identity = identify_regular_file(l_path);
+        if (!is_writable(l_path)) return l_refuse("not writable");
+        media_input l_input(l_path);
+        l_movie = read_quicktime(l_input.stream(), l_input.seekable());
+    } catch (const std::exception& e) {
+        return l_refuse(e.what());
+    }
+    if (l_movie.tracks.empty()) return l_refuse("no timecode track");
+
+    const timecode_source* l_s = &l_movie.tracks.front();
+    if (a_args.has(k_track)) {
+        const auto l_found = std::find_if(
+            l_movie.tracks.begin(), l_movie.tracks.end(),
+            [&](const timecode_source& a_t) { return std::to_string(a_t.track_id) == a_args.value(k_track); });
+        if (l_found == l_movie.tracks.end())
+            return l_refuse("no timecode track with the id '" + a_args.value(k_track) + "'");
+        l_s = &*l_found;
+    } else if (l_movie.tracks.size() > 1) {
+        std::string l_ids;
+        for (const timecode_source& l_t : l_movie.tracks)
+            l_ids += (l_ids.empty() ? "" : ", ") + std::to_string(l_t.track_id);
+        return l_refuse("several timecode tracks (" + l_ids + "): choose one with --track");
+    }
+    if (l_s->counter()) return l_refuse("a counter track holds a count, not a timecode");
+    if (l_s->sample_size != 4)
+        return l_refuse("a timecode sample of " + std::to_string(l_s->sample_size) + " bytes");
+    if (!l_s->sample_exact)
+        return l_refuse("the timecode sample of this fragmented file cannot be located exactly");
+
+    const label_rate l_rate = rate_of(*l_s);
+    label l_label{0, 0, 0, 0};
+    bool l_semicolon = false;
+    if (!parse_label(l_text, l_label, l_semicolon)) return user_error("invalid timecode '" + l_text + "'");
+    if (!is_legal(l_label, l_rate) || (l_s->max_24h() && l_label.hour >= 24)) {
+        return l_refuse("timecode " + l_text + " does not exist at " + l_rate.text +
+                        (l_rate.drop ? " drop-frame" : "") + (l_s->max_24h() ? " (24-hour)" : ""));
+    }
+    const std::uint64_t l_frame = frame_with_label(l_label, l_rate);
+    if (l_frame > 0xFFFFFFFFu) return l_refuse("timecode " + l_text + " is beyond a 32-bit sample");
+
+    timecode_source l_new = *l_s;
+    l_new.sample_value = static_cast<std::uint32_t>(l_frame);
+    if (!a_args.has(k_dry_run)) {
+        const std::vector<unsigned char> l_bytes = {
+            static_cast<unsigned char>(l_frame >> 24), static_cast<unsigned char>(l_frame >> 16),
+            static_cast<unsigned char>(l_frame >> 8), static_cast<unsigned char>(l_frame)};
+        try {
+            rewrite_in_place(l_path, l_identity, l_s->sample_offset, l_bytes);
+        } catch (const input_error& e) {
+            return l_refuse(e.what());
+        }
+    }
+    std::printf("%s: %s -> %s\n", l_path.c_str(), start_label(*l_s).c_str(), start_label(l_new).c_str());
+    return k_exit_ok;
+}
+
+void declare_probe(nubase::arg::optparser& a_parser) {
+    a_parser.add_opt(k_json, "json", 0, 0);
+}
+
+void describe_probe(nubase::arg::optparser& a_parser) {
+    describe_options(
+        a_parser,
+        {{k_json,
+          "Print one JSON document for all files: an array with one object per file, "
+          "!Q!{\"file\", \"tracks\", \"error\"}!QE!. Each track has !Q!track_id!QE!, "
+          "!Q!video_track_ids!QE! (the video tracks that reference it), !Q!enabled!QE!, "
+          "!Q!start!QE! and !Q!end!QE! (the label of the first frame and of the first frame "
+          "after the track; null for a counter track), !Q!duration_frames!QE!, !Q!rate!QE! "
+          "(time scale / frame duration, reduced), !Q!fps!QE! (the nominal frames a second), "
+          "!Q!drop_frame!QE!, !Q!max_24h!QE!, !Q!negative!QE!, !Q!counter!QE!, !Q!reel!QE! "
+          "(null without a reel name) and !Q!sample_value!QE! (the 32-bit frame counter stored "
+          "in the first sample, not the packed form of !Q!tc --tmcd!QE!). A file that failed "
+          "has its message in !Q!error!QE!."}});
+}
+
+void declare_retc(nubase::arg::optparser& a_parser) {
+    a_parser.add_opt(k_track, "track", 1, 1);
+    a_parser.add_opt(k_dry_run, "dry-run", 0, 0);
+}
+
+void describe_retc(nubase::arg::optparser& a_parser) {
+    describe_options(a_parser,
+                     {{k_track, "The track id of the timecode track to restamp; needed when the "
+                                "file has several."},
+                      {k_dry_run, "Print what would change and write nothing."}});
+}
+
+}  // namespace nubase_tool
