@@ -1,6 +1,7 @@
 // The `nubase` tool, run as a program: exit codes, output and errors of every command, with
 // QuickTime and MP4 files written by the test itself.
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -27,6 +28,10 @@ struct result {
     int code;  // exit code, or 128 + signal
     std::string out, err;
 };
+
+std::string to_string(const nubase::buffer& bytes) {
+    return std::string(bytes.data(), bytes.data() + bytes.size());
+}
 
 std::string slurp(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
@@ -63,6 +68,7 @@ class Tool : public testing::Test {
         const std::string in = write("stdin", input), out = path("stdout"), err = path("stderr");
         const pid_t pid = fork();
         if (pid == 0) {
+            if (chdir(dir.c_str()) != 0) _exit(126);  // relative names are the test folder's
             dup2(open(in.c_str(), O_RDONLY), 0);
             dup2(open(out.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 1);
             dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600), 2);
@@ -147,6 +153,159 @@ TEST_F(Tool, ProbeSurvivesEveryTruncation) {
             if (got.code == 2) expect_one_error_line(got.err);
         }
     }
+}
+
+// Every timecode track, primary first; fragments; counters; reel names; JSON.
+TEST_F(Tool, ProbeListsEveryTimecodeTrack) {
+    using nubase_tool::movie_layout;
+    movie_layout two;  // video references track 2; track 3 starts a second later
+    two.second_track = true;
+    two.second_first_frame = 107892 + 30;
+    movie_layout second_first = two;  // now the video references track 3
+    second_first.video_references_second = true;
+    movie_layout fragmented;
+    fragmented.fragmented = true;
+    fragmented.mp4 = true;
+    movie_layout counter;
+    counter.more_flags = 8;
+    counter.first_frame = 1234;
+    const std::pair<movie_layout, const char*> rows[] = {
+        {two, "F: 01:00:00;00 29.97 fps drop-frame\nF [track 3]: 01:00:01;00 29.97 fps drop-frame\n"},
+        {second_first,
+         "F: 01:00:01;00 29.97 fps drop-frame\nF [track 2]: 01:00:00;00 29.97 fps drop-frame\n"},
+        {fragmented, "F: 01:00:00;00 29.97 fps drop-frame\n"},
+        {counter, "F: 1234 29.97 fps counter\n"},
+    };
+    for (const auto& [layout, expected] : rows) {
+        SCOPED_TRACE(expected);
+        const std::string file = write("F", nubase_tool::write_movie(layout));
+        const result got = run({"probe", "F"});
+        EXPECT_EQ(0, got.code) << got.err;
+        EXPECT_EQ(expected, got.out);
+    }
+    movie_layout reel;
+    reel.reel = "A001\"C\x01\xff";  // escaped, and not UTF-8
+    reel.duration_frames = 1800;
+    const std::string file = write("clip.mov", nubase_tool::write_movie(reel));
+    const result got = run({"probe", "--json", file, path("none.mov")});
+    EXPECT_EQ(2, got.code);
+    EXPECT_EQ("[{\"file\": \"" + file +
+                  "\", \"tracks\": [{\"track_id\": 2, \"video_track_ids\": [1], "
+                  "\"enabled\": true, \"start\": \"01:00:00;00\", \"end\": \"01:01:00;02\", "
+                  "\"duration_frames\": 1800, \"rate\": \"30000/1001\", \"fps\": 30, "
+                  "\"drop_frame\": true, \"max_24h\": false, \"negative\": false, "
+                  "\"counter\": false, \"reel\": \"A001\\\"C\\u0001\xef\xbf\xbd\", "
+                  "\"sample_value\": 107892}], \"error\": null}, {\"file\": \"" +
+                  path("none.mov") +
+                  "\", \"tracks\": [], \"error\": \"cannot open: No such file or directory\"}]\n",
+              got.out);
+    expect_one_error_line(got.err);
+}
+
+// Wrong answers with a success status are gone: incomplete, inconsistent and foreign input.
+TEST_F(Tool, ProbeRefusesWhatItCannotReadExactly) {
+    nubase_tool::movie_layout last;
+    last.movie_first = false;
+    const nubase::buffer movie = nubase_tool::write_movie(last);
+    const std::string bytes(movie.data(), movie.data() + movie.size());
+    nubase_tool::movie_layout bad24, bad255, bad_duration;
+    bad24.time_scale = 25, bad24.frame_duration = 1, bad24.number_of_frames = 24;
+    bad24.drop_frame = false;
+    bad255.number_of_frames = 255;
+    bad_duration.frame_duration = 0xFFFFFFFF;
+    const std::pair<std::string, const char*> rows[] = {
+        {"", "no movie header: the file may be incomplete"},
+        {bytes.substr(0, 7), "no movie header: the file may be incomplete"},
+        {bytes.substr(0, 20), "no movie header: the file may be incomplete"},  // behind 'ftyp'
+        {bytes.substr(0, 30), "the media data runs past the end of the file; the movie header is missing"},
+        {std::string(4096, '\0'), "not a QuickTime or MP4 file"},
+        {to_string(nubase_tool::write_movie(bad24)),
+         "an inconsistent timecode description: 24 frames a second at a rate of 25/1"},
+        {to_string(nubase_tool::write_movie(bad255)),
+         "an inconsistent timecode description: 255 frames a second at a rate of 30000/1001"},
+        {to_string(nubase_tool::write_movie(bad_duration)),
+         "an inconsistent timecode description: a rate below one frame a second "
+         "(30000/4294967295)"},
+    };
+    for (const auto& [content, message] : rows) {
+        SCOPED_TRACE(message);
+        const std::string file = write("in.mov", content);
+        for (const bool piped : {false, true}) {
+            const result got = piped ? run({"probe", "-"}, content) : run({"probe", file});
+            EXPECT_EQ(2, got.code);
+            EXPECT_EQ("", got.out);
+            EXPECT_EQ("*** " + (piped ? std::string("-") : file) + ": " + message + "\n", got.err);
+        }
+    }
+    const result got = run({"probe", dir});
+    EXPECT_EQ("*** " + dir + ": is a directory\n", got.err);
+}
+
+// Standard input, a FIFO and a file whose movie header comes last all read the same.
+TEST_F(Tool, ProbeReadsPipesAndFifos) {
+    nubase_tool::movie_layout last;
+    last.movie_first = false;
+    const std::string movie = to_string(nubase_tool::write_movie(last));
+    EXPECT_EQ("-: 01:00:00;00 29.97 fps drop-frame\n", run({"probe", "-"}, movie).out);
+    const std::string fifo = path("fifo");
+    ASSERT_EQ(0, mkfifo(fifo.c_str(), 0600));
+    const pid_t writer = fork();
+    if (writer == 0) {
+        std::ofstream(fifo, std::ios::binary) << movie;
+        _exit(0);
+    }
+    const result got = run({"probe", fifo});
+    int status = 0;
+    waitpid(writer, &status, 0);
+    EXPECT_EQ(0, got.code) << got.err;
+    EXPECT_EQ(fifo + ": 01:00:00;00 29.97 fps drop-frame\n", got.out);
+}
+
+// retc changes the four bytes of the sample and nothing else, or refuses and writes nothing.
+TEST_F(Tool, RetcRewritesOnlyTheSample) {
+    for (const bool fragmented : {false, true}) {
+        nubase_tool::movie_layout layout;
+        layout.fragmented = fragmented;
+        const std::string before = to_string(nubase_tool::write_movie(layout));
+        const std::string file = write("clip.mov", before);
+        EXPECT_EQ(file + ": 01:00:00;00 -> 10:00:00;00\n",
+                  run({"retc", file, "10:00:00;00", "--dry-run"}).out);
+        EXPECT_EQ(before, slurp(file));
+        const result got = run({"retc", file, "10:00:00;00"});
+        EXPECT_EQ(0, got.code) << got.err;
+        const std::string after = slurp(file);
+        ASSERT_EQ(before.size(), after.size());
+        std::vector<std::size_t> changed;  // every byte that differs lies in one 4-byte field
+        for (std::size_t i = 0; i < before.size(); ++i)
+            if (before[i] != after[i]) changed.push_back(i);
+        ASSERT_FALSE(changed.empty());
+        EXPECT_LT(changed.back() - changed.front(), 4u);
+        EXPECT_EQ(file + ": 10:00:00;00 29.97 fps drop-frame\n", run({"probe", file}).out);
+    }
+    nubase_tool::movie_layout two, counter;
+    two.second_track = true;
+    counter.more_flags = 8 | 2;
+    const std::string several = write("two.mov", nubase_tool::write_movie(two));
+    const std::string count = write("count.mov", nubase_tool::write_movie(counter));
+    const std::string plain = write("plain.mov", nubase_tool::write_movie({}));
+    const std::string saved = slurp(several) + slurp(count) + slurp(plain);
+    const std::pair<std::vector<std::string>, std::string> refusals[] = {
+        {{several, "01:00:00;00"}, several + ": several timecode tracks (2, 3): choose one with --track"},
+        {{several, "01:00:00;00", "--track", "7"}, several + ": no timecode track with the id '7'"},
+        {{count, "01:00:00;00"}, count + ": a counter track holds a count, not a timecode"},
+        {{plain, "00:01:00;00"}, plain + ": timecode 00:01:00;00 does not exist at 29.97 drop-frame"},
+        {{plain, "00:00:00;30"}, plain + ": timecode 00:00:00;30 does not exist at 29.97 drop-frame"},
+        {{"-", "01:00:00;00"}, "-: standard input cannot be rewritten in place: give the file"},
+    };
+    for (const auto& [args, message] : refusals) {
+        std::vector<std::string> argv = {"retc"};
+        argv.insert(argv.end(), args.begin(), args.end());
+        const result got = run(argv);
+        EXPECT_EQ(2, got.code);
+        EXPECT_EQ("*** " + message + "\n", got.err);
+    }
+    EXPECT_EQ(saved, slurp(several) + slurp(count) + slurp(plain));
+    EXPECT_EQ(0, run({"retc", several, "02:00:00;00", "--track", "3"}).code);
 }
 
 TEST_F(Tool, TimecodeCalculator) {

@@ -26,7 +26,8 @@ label_rate rate_of(const timecode_source& a_s) {
 // The rate as a reduced fraction: "30000/1001", "25/1".
 std::string fraction(const timecode_source& a_s) {
     const std::uint32_t l_gcd = std::gcd(a_s.time_scale, a_s.frame_duration);
-    return std::to_string(a_s.time_scale / l_gcd) + "/" + std::to_string(a_s.frame_duration / l_gcd);
+    return std::to_string(a_s.time_scale / l_gcd) + "/" +
+           std::to_string(a_s.frame_duration / l_gcd);
 }
 
 std::string start_label(const timecode_source& a_s) {
@@ -41,10 +42,12 @@ std::string end_label(const timecode_source& a_s) {
 
 // "clip.mov: 01:00:00;00 29.97 fps drop-frame"; further tracks name themselves.
 std::string track_line(const std::string& a_file, const timecode_source& a_s, bool a_primary) {
-    std::string l_line = a_primary ? a_file : a_file + " [track " + std::to_string(a_s.track_id) + "]";
+    std::string l_line =
+        a_primary ? a_file : a_file + " [track " + std::to_string(a_s.track_id) + "]";
     const label_rate l_rate = rate_of(a_s);
     if (a_s.counter())
-        return l_line + ": " + std::to_string(a_s.sample_value) + " " + l_rate.text + " fps counter";
+        return l_line + ": " + std::to_string(a_s.sample_value) + " " + l_rate.text +
+               " fps counter";
     return l_line + ": " + start_label(a_s) + " " + l_rate.text + " fps " +
            (l_rate.drop ? "drop-frame" : "non-drop");
 }
@@ -139,8 +142,11 @@ int run_retc(const arguments& a_args) {
         return user_error("retc needs a file and a timecode (see 'nubase retc --help')");
     const std::string& l_path = a_args.m_free[0];
     const std::string& l_text = a_args.m_free[1];
-    const auto l_refuse = [&](const std::string& a_why) { return user_error(l_path + ": " + a_why); };
+    const auto l_refuse = [&](const std::string& a_why) {
+        return user_error(l_path + ": " + a_why);
+    };
 
+    if (l_path == "-") return l_refuse("standard input cannot be rewritten in place: give the file");
     file_identity l_identity;
     movie_timecode l_movie;
     try {
@@ -156,8 +162,9 @@ int run_retc(const arguments& a_args) {
     const timecode_source* l_s = &l_movie.tracks.front();
     if (a_args.has(k_track)) {
         const auto l_found = std::find_if(
-            l_movie.tracks.begin(), l_movie.tracks.end(),
-            [&](const timecode_source& a_t) { return std::to_string(a_t.track_id) == a_args.value(k_track); });
+            l_movie.tracks.begin(), l_movie.tracks.end(), [&](const timecode_source& a_t) {
+                return std::to_string(a_t.track_id) == a_args.value(k_track);
+            });
         if (l_found == l_movie.tracks.end())
             return l_refuse("no timecode track with the id '" + a_args.value(k_track) + "'");
         l_s = &*l_found;
@@ -176,7 +183,8 @@ int run_retc(const arguments& a_args) {
     const label_rate l_rate = rate_of(*l_s);
     label l_label{0, 0, 0, 0};
     bool l_semicolon = false;
-    if (!parse_label(l_text, l_label, l_semicolon)) return user_error("invalid timecode '" + l_text + "'");
+    if (!parse_label(l_text, l_label, l_semicolon))
+        return user_error("invalid timecode '" + l_text + "'");
     if (!is_legal(l_label, l_rate) || (l_s->max_24h() && l_label.hour >= 24)) {
         return l_refuse("timecode " + l_text + " does not exist at " + l_rate.text +
                         (l_rate.drop ? " drop-frame" : "") + (l_s->max_24h() ? " (24-hour)" : ""));
@@ -196,7 +204,8 @@ int run_retc(const arguments& a_args) {
             return l_refuse(e.what());
         }
     }
-    std::printf("%s: %s -> %s\n", l_path.c_str(), start_label(*l_s).c_str(), start_label(l_new).c_str());
+    std::printf("%s: %s -> %s\n", l_path.c_str(), start_label(*l_s).c_str(),
+                start_label(l_new).c_str());
     return k_exit_ok;
 }
 
@@ -226,10 +235,10 @@ void declare_retc(nubase::arg::optparser& a_parser) {
 }
 
 void describe_retc(nubase::arg::optparser& a_parser) {
-    describe_options(a_parser,
-                     {{k_track, "The track id of the timecode track to restamp; needed when the "
-                                "file has several."},
-                      {k_dry_run, "Print what would change and write nothing."}});
+    describe_options(a_parser, {{k_track,
+                                 "The track id of the timecode track to restamp; needed when the "
+                                 "file has several."},
+                                {k_dry_run, "Print what would change and write nothing."}});
 }
 
 }  // namespace nubase_tool

@@ -44,13 +44,27 @@ std::string json_quoted(const std::string& a_text) {
             continue;
         }
         switch (l_c) {
-            case '"': l_out += "\\\""; break;
-            case '\\': l_out += "\\\\"; break;
-            case '\n': l_out += "\\n"; break;
-            case '\r': l_out += "\\r"; break;
-            case '\t': l_out += "\\t"; break;
-            case '\b': l_out += "\\b"; break;
-            case '\f': l_out += "\\f"; break;
+            case '"':
+                l_out += "\\\"";
+                break;
+            case '\\':
+                l_out += "\\\\";
+                break;
+            case '\n':
+                l_out += "\\n";
+                break;
+            case '\r':
+                l_out += "\\r";
+                break;
+            case '\t':
+                l_out += "\\t";
+                break;
+            case '\b':
+                l_out += "\\b";
+                break;
+            case '\f':
+                l_out += "\\f";
+                break;
             default:
                 if (l_c < 0x20 || l_c == 0x7F) {
                     l_out += "\\u00";

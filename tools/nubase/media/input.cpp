@@ -22,7 +22,8 @@ class media_input::reader : public nubase::stream::rda {
                 m_position += static_cast<unsigned long long>(l_got);
                 return static_cast<unsigned long long>(l_got);
             }
-            if (errno != EINTR) throw input_error(std::string("cannot read: ") + std::strerror(errno));
+            if (errno != EINTR)
+                throw input_error(std::string("cannot read: ") + std::strerror(errno));
         }
     }
 
@@ -40,7 +41,8 @@ class media_input::reader : public nubase::stream::rda {
 
     unsigned long long size() override {
         struct stat l_st;
-        if (::fstat(m_fd, &l_st) != 0) throw input_error(std::string("cannot stat: ") + std::strerror(errno));
+        if (::fstat(m_fd, &l_st) != 0)
+            throw input_error(std::string("cannot stat: ") + std::strerror(errno));
         return static_cast<unsigned long long>(l_st.st_size);
     }
 

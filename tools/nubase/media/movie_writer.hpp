@@ -1,5 +1,5 @@
-// tools/nubase/media/movie_writer.hpp - writes small QuickTime (.mov) and ISO base media (.mp4) files
-// with a timecode track, for the demo and for the tool's tests.
+// tools/nubase/media/movie_writer.hpp - writes small QuickTime (.mov) and ISO base media (.mp4)
+// files with a timecode track, for the demo and for the tool's tests.
 #ifndef NUBASE_TOOL_MOVIE_WRITER_HPP
 #define NUBASE_TOOL_MOVIE_WRITER_HPP
 
@@ -20,10 +20,19 @@ struct movie_layout {
     bool mp4 = false;                    // an 'isom' brand instead of 'qt  '
     bool timecode_track = true;          // false: only a video track
     bool large_media_size = false;       // the media data atom with a 64-bit size
+    std::uint32_t duration_frames = 1;   // the frames the timecode sample covers
+    const char* reel = nullptr;          // a reel name in the timecode description
+    std::uint32_t more_flags = 0;  // further description flags (24-hour 2, negative 4, counter 8)
+    bool second_track = false;     // a second timecode track, starting `second_first_frame`
+    std::uint32_t second_first_frame = 0;
+    bool video_references_second = false;  // the video track's 'tref' names the second one
+    bool fragmented = false;               // the timecode sample in a movie fragment ('moof')
+    bool enabled = true;                   // the timecode track's enabled flag
 };
 
-// The whole file: 'ftyp', then 'moov' and 'mdat' in the order asked. The movie holds a video
-// track and (unless switched off) a timecode track whose one chunk is the 4-byte sample in 'mdat'.
+// The whole file: 'ftyp', then 'moov' and 'mdat' in the order asked (a fragmented one: 'moov',
+// 'moof', 'mdat'). The movie holds a video track (id 1, its 'tref' naming a timecode track) and,
+// unless switched off, timecode tracks (ids 2 and 3) whose one sample each is 4 bytes in 'mdat'.
 nubase::buffer write_movie(const movie_layout& a_layout);
 
 }  // namespace nubase_tool

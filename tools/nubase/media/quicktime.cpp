@@ -49,13 +49,23 @@ struct atom {
 class fields {
   public:
     fields(const atom& a_atom, std::vector<unsigned char> a_body)
-        : m_atom(a_atom), m_body(std::move(a_body)), m_mem(m_body.data(), m_body.size()),
+        : m_atom(a_atom),
+          m_body(std::move(a_body)),
+          m_mem(m_body.data(), m_body.size()),
           m_rd(m_mem, 64) {}
 
-    std::uint8_t u8() { return guard([&] { return m_rd.read_at(1)[0]; }); }
-    std::uint16_t u16() { return guard([&] { return m_rd.read_be16(); }); }
-    std::uint32_t u32() { return guard([&] { return m_rd.read_be32(); }); }
-    std::uint64_t u64() { return guard([&] { return m_rd.read_be64(); }); }
+    std::uint8_t u8() {
+        return guard([&] { return m_rd.read_at(1)[0]; });
+    }
+    std::uint16_t u16() {
+        return guard([&] { return m_rd.read_be16(); });
+    }
+    std::uint32_t u32() {
+        return guard([&] { return m_rd.read_be32(); });
+    }
+    std::uint64_t u64() {
+        return guard([&] { return m_rd.read_be64(); });
+    }
     void skip(std::uint64_t a_n) {
         guard([&] {
             m_rd.skip(a_n);
@@ -88,14 +98,16 @@ struct kept_bytes {
     std::uint64_t first = 0;           // file offset of `front`
     std::vector<unsigned char> front;  // up to k_pipe_keep bytes of the first media data
     std::map<std::uint64_t, std::vector<unsigned char>> samples;  // offset -> bytes so far
-    std::map<std::uint64_t, std::uint32_t> wanted;                 // offset -> size
+    std::map<std::uint64_t, std::uint32_t> wanted;                // offset -> size
 };
 
 // The input, read front to back: jumps by seeking when it can, reads through otherwise.
 class input {
   public:
     input(nubase::stream::rd& a_source, nubase::stream::rda* a_seekable)
-        : m_source(a_source), m_seekable(a_seekable), m_rd(a_source, 1 << 16),
+        : m_source(a_source),
+          m_seekable(a_seekable),
+          m_rd(a_source, 1 << 16),
           m_end(a_seekable != nullptr ? a_seekable->size() : k_no_end) {}
 
     std::uint64_t end() const { return m_end; }
@@ -157,8 +169,14 @@ class input {
     fields contents(const atom& a_atom) {
         if (a_atom.end - a_atom.body > k_atom_limit)
             malformed("an atom too large to read", a_atom.type, a_atom.start);
-        std::vector<unsigned char> l_body(a_atom.end - a_atom.body);
-        m_rd.read(l_body.data(), l_body.size());
+        // Grown as the bytes arrive, so that a size a pipe never delivers costs no memory.
+        std::vector<unsigned char> l_body;
+        for (std::uint64_t l_left = a_atom.end - a_atom.body; l_left != 0;) {
+            const std::uint64_t l_n = std::min<std::uint64_t>(l_left, 1 << 20);
+            l_body.resize(l_body.size() + l_n);
+            m_rd.read(l_body.data() + l_body.size() - l_n, l_n);
+            l_left -= l_n;
+        }
         return fields(a_atom, std::move(l_body));
     }
 
@@ -587,7 +605,8 @@ void take_sample(input& a_in, const kept_bytes& a_kept, timecode_source& a_s) {
     if (a_in.seekable()) {
         if (!a_in.fetch(a_s.sample_offset, 4, l_bytes))
             throw malformed_file("the timecode sample at offset " +
-                                 std::to_string(a_s.sample_offset) + " lies past the end of the file");
+                                 std::to_string(a_s.sample_offset) +
+                                 " lies past the end of the file");
     } else {
         const auto l_sample = a_kept.samples.find(a_s.sample_offset);
         if (l_sample != a_kept.samples.end() && l_sample->second.size() >= 4) {
@@ -598,7 +617,8 @@ void take_sample(input& a_in, const kept_bytes& a_kept, timecode_source& a_s) {
                                 static_cast<std::ptrdiff_t>(a_s.sample_offset - a_kept.first);
             l_bytes.assign(l_from, l_from + 4);
         } else {
-            throw malformed_file("the timecode sample lies past what a pipe can keep; give the file");
+            throw malformed_file(
+                "the timecode sample lies past what a pipe can keep; give the file");
         }
     }
     l_bytes.resize(4);

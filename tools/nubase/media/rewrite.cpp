@@ -41,15 +41,16 @@ void rewrite_in_place(const std::string& a_path, const file_identity& a_identity
     struct stat l_st;
     const file_identity l_now = ::fstat(l_fd, &l_st) == 0 ? identity_of(l_st) : file_identity{};
     if (!S_ISREG(l_st.st_mode) || l_now.device != a_identity.device ||
-        l_now.inode != a_identity.inode || l_now.size != a_identity.size ||
-        a_offset > l_now.size || l_now.size - a_offset < a_bytes.size()) {
+        l_now.inode != a_identity.inode || l_now.size != a_identity.size || a_offset > l_now.size ||
+        l_now.size - a_offset < a_bytes.size()) {
         ::close(l_fd);
         throw input_error("the file changed since it was read");
     }
     const ssize_t l_wrote =
         ::pwrite(l_fd, a_bytes.data(), a_bytes.size(), static_cast<off_t>(a_offset));
     if (l_wrote != static_cast<ssize_t>(a_bytes.size()) || ::fsync(l_fd) != 0) {
-        const int l_errno = l_wrote < 0 || l_wrote == static_cast<ssize_t>(a_bytes.size()) ? errno : EIO;
+        const int l_errno =
+            l_wrote < 0 || l_wrote == static_cast<ssize_t>(a_bytes.size()) ? errno : EIO;
         ::close(l_fd);
         errno = l_errno;
         fail("cannot write");
