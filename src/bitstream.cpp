@@ -17,8 +17,19 @@ constexpr char k_source[] = "lib/nubase/src/bitstream";
 constexpr unsigned long long k_reader_spare = 12;
 constexpr unsigned long long k_writer_spare = 4;
 
-// Whole 32-bit words, and at least two of them so that a 32-bit field fits beside a partial word.
-unsigned long long rounded_block(unsigned long long a_block) {
+// The reader's block: whole 32-bit words, at least one; the source is asked for this much.
+unsigned long long reader_block(unsigned long long a_block) {
+    return nubase::stream::detail::cache_block(a_block, 4, 4);
+}
+
+// The reader's cache holds at least two words beside its spare bytes, so that a 32-bit field
+// always fits beside a partial word, even when the block is one word.
+unsigned long long reader_capacity(unsigned long long a_block) {
+    return a_block < 8 ? 8 : a_block;
+}
+
+// The writer's block: whole 32-bit words, and at least two of them (a deliberate minimum).
+unsigned long long writer_block(unsigned long long a_block) {
     return nubase::stream::detail::cache_block(a_block, 4, 8);
 }
 
@@ -132,8 +143,8 @@ namespace bitstream {
 // ---- reader
 
 rd::rd(stream::rd& a_source, unsigned long long a_block)
-    : m_block(rounded_block(a_block)),
-      m_cache(new unsigned char[m_block + k_reader_spare]()),
+    : m_block(reader_block(a_block)),
+      m_cache(new unsigned char[reader_capacity(m_block) + k_reader_spare]()),
       m_source(&a_source),
       m_fill_end(0),
       m_available(0) {}
@@ -143,8 +154,9 @@ rd::~rd() {
 }
 
 void rd::set(stream::rd& a_source, unsigned long long a_block) {
-    const unsigned long long l_block = rounded_block(a_block);
-    m_cache = stream::detail::replace_cache(m_cache, l_block + k_reader_spare, [] {});
+    const unsigned long long l_block = reader_block(a_block);
+    m_cache =
+        stream::detail::replace_cache(m_cache, reader_capacity(l_block) + k_reader_spare, [] {});
     m_block = l_block;
     m_source = &a_source;
     m_fill_end = 0;
@@ -160,7 +172,7 @@ void rd::clear(stream::rd& a_source) noexcept {
 
 // Carries the unconsumed bytes (a partial byte counts whole) to the front of the cache, starting
 // at their 32-bit word, and makes one `read` call behind them. The fill end never passes
-// block + 7, so the two words read at the end of data and the padding stay inside the cache.
+// capacity + 7, so the two words read at the end of data and the padding stay inside the cache.
 // Returns the count read.
 unsigned long long rd::refill() const {
     const unsigned long long l_unconsumed = (m_available + 7) / 8;
@@ -175,7 +187,8 @@ unsigned long long rd::refill() const {
         std::memmove(m_cache, m_cache + l_word, l_carried);
     }
     m_fill_end = l_carried;
-    const unsigned long long l_request = std::min(m_block, m_block + 7 - l_carried);
+    const unsigned long long l_request =
+        std::min(m_block, reader_capacity(m_block) + 7 - l_carried);
     const unsigned long long l_count =
         l_request == 0 ? 0 : m_source->read(m_cache + l_carried, l_request);
     m_fill_end = l_carried + l_count;
@@ -293,7 +306,7 @@ bool rd::find_bytes(std::uint32_t a_pattern, unsigned a_length) const {
 // ---- writer
 
 wr::wr(stream::wr& a_sink, unsigned long long a_block)
-    : m_block(rounded_block(a_block)),
+    : m_block(writer_block(a_block)),
       m_cache(new unsigned char[m_block + k_writer_spare]()),
       m_sink(&a_sink),
       m_free(m_block * 8) {}
@@ -310,7 +323,7 @@ void wr::write_pending() {
 }
 
 void wr::set(stream::wr& a_sink, unsigned long long a_block) {
-    const unsigned long long l_block = rounded_block(a_block);
+    const unsigned long long l_block = writer_block(a_block);
     m_cache = stream::detail::replace_cache(m_cache, l_block + k_writer_spare,
                                             [this] { write_pending(); });
     m_block = l_block;

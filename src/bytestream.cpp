@@ -70,7 +70,7 @@ void rd::clear(stream::rd& a_source) noexcept {
 // bytes beyond the available ones) needs more than a block. Whatever arrives is kept,
 // also when the source ends.
 unsigned long long rd::refill(unsigned long long a_missing, unsigned long long a_min,
-                              bool a_single) const {
+                              bool a_single, bool a_one_block) const {
     const unsigned long long l_consumed = m_fill_end - m_available;
     const unsigned long long l_word = l_consumed & ~7ULL;
     const unsigned long long l_carried = (l_consumed & 7) + m_available;
@@ -84,8 +84,9 @@ unsigned long long rd::refill(unsigned long long a_missing, unsigned long long a
     // The fill end stays at most block + 15, so that the next carry (16 bytes from the fill
     // end's word) and the padding stay inside the cache.
     const unsigned long long l_room = m_block + 15 - l_carried;
+    // A field larger than the block takes what fits; a skip asks for one block at a time.
     const unsigned long long l_request =
-        a_missing > m_block || m_block == 0 ? l_room : std::min(m_block, l_room);
+        (a_missing > m_block && !a_one_block) || m_block == 0 ? l_room : std::min(m_block, l_room);
     unsigned long long l_got = 0;
     const auto l_commit = [&] {
         m_fill_end += l_got;
@@ -146,7 +147,7 @@ void rd::skip(unsigned long long a_n) const {
     for (;;) {
         unsigned long long l_got;
         try {
-            l_got = refill(l_rest, l_rest, false);
+            l_got = refill(l_rest, std::min(m_block, l_rest), false, true);
         } catch (...) {
             // Everything that arrived was short of the skip, so all of it is consumed.
             m_available = 0;

@@ -72,6 +72,14 @@ TEST(BitStream, BoundaryAlignAndEndOfData) {
     EXPECT_EQ(0u, r.read(0));
     unsigned char out[2];
     EXPECT_EQ("lib/nubase/src/stream_rd: n/a", raised<es::uflow>([&] { r.read(out, 1, 8); }));
+
+    // The source is asked for the block rounded up to whole words, not for the cache's two words.
+    for (const unsigned long long block : {0ULL, 1ULL, 4ULL, 5ULL}) {
+        piece_rd counted(std::vector<unsigned char>(64, 0x11), 100);
+        bitstream::rd b(counted, block);
+        EXPECT_EQ(0x11111111u, b.read(32)) << block;
+        EXPECT_EQ(block <= 4 ? 4u : 8u, counted.requests.at(0)) << block;
+    }
 }
 
 TEST(BitStream, FieldsRunsAndRefillsMatchTheModel) {

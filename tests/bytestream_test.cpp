@@ -40,6 +40,14 @@ TEST(ByteStream, ReaderBasics) {
     EXPECT_EQ(5u, r.tell());
     EXPECT_EQ(6, *r.peek_at(1));
     EXPECT_EQ(5u, r.tell());
+
+    // A skip past the cache asks for one block at a time, waiting for what it still needs.
+    piece_rd hundred(counting(100), 100);
+    bytestream::rd s(hundred, 8);
+    s.skip(20);
+    EXPECT_EQ((std::vector<unsigned long long>{8, 8, 8}), hundred.requests);
+    EXPECT_EQ(24u, hundred.tell());
+    EXPECT_EQ(20u, s.tell());
 }
 
 TEST(ByteStream, FieldsUpToBlockPlusEightAcrossRefillsWithEveryCarryOffset) {

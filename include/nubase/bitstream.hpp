@@ -17,8 +17,10 @@
 // message "n/a"). Exceptions of the underlying streams pass through and leave the reader or
 // writer as it was.
 //
-// Blocks are rounded up to a multiple of 4 bytes and are at least 8 bytes (a 32-bit field must
-// fit beside a partial word). The cache is the only allocation; readers and writers are not
+// Blocks are rounded up to a multiple of 4 bytes. The reader asks its source for that block
+// (4 bytes for a block of 0 to 4) and keeps a cache of at least two words, so that a 32-bit field
+// fits beside a partial word. The writer's block is at least 8 bytes: a deliberate minimum, safer
+// than a one-word block, for the same reason. The cache is the only allocation; readers and writers are not
 // copyable, are used by one thread at a time, and their stream must outlive them.
 #ifndef NUBASE_BITSTREAM_HPP
 #define NUBASE_BITSTREAM_HPP
@@ -37,8 +39,8 @@ namespace bitstream {
 // block.
 class NUBASE_API rd {
   public:
-    // Binds to `src`. Raises `std::bad_alloc` when the cache (block + 12 bytes) cannot be
-    // allocated.
+    // Binds to `src`. Raises `std::bad_alloc` when the cache (block + 12 bytes, at least 20)
+    // cannot be allocated.
     rd(stream::rd& a_source, unsigned long long a_block);
     ~rd();
     rd(const rd&) = delete;

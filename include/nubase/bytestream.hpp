@@ -123,7 +123,8 @@ class NUBASE_API rd {
     unsigned long long read(unsigned char* a_p, unsigned long long a_n,
                             unsigned long long a_align = 1) const;
 
-    // Consumes n bytes, refilling as often as needed. A source that ends first raises
+    // Consumes n bytes. Past the cached bytes, each refill asks the source for one block with
+    // min(block, bytes still to skip) as the least it waits for. A source that ends first raises
     // `es::uflow`; every byte that arrived is then consumed.
     void skip(unsigned long long a_n) const;
 
@@ -152,7 +153,7 @@ class NUBASE_API rd {
     void refill_field(unsigned long long a_n) const;
     bool refill_test(unsigned long long a_n) const;
     unsigned long long refill(unsigned long long a_missing, unsigned long long a_min,
-                              bool a_single) const;
+                              bool a_single, bool a_one_block = false) const;
 
     unsigned long long m_block;
     unsigned char* m_cache;
