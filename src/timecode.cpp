@@ -523,6 +523,27 @@ timecode timecode_with_framerate(double a_rate, const timestamp& a_ts,
     return timecode_with_timestamp(mode, a_ts, a_factor);
 }
 
+timecode timecode_with_frame_number(timecode::mode_type a_mode, unsigned int a_frame,
+                                    unsigned int a_factor) noexcept {
+    const std::uint64_t base = a_mode & 0xFF;
+    const std::uint64_t dropped = dropped_labels_per_minute(a_mode);
+    std::uint64_t counter = a_frame;
+    if (dropped != 0) {
+        // Ten minutes hold 600 x base labels less 9 x dropped skipped ones; in them the first
+        // minute is whole and each later one is `dropped` labels short.
+        const std::uint64_t per_ten_minutes = 600 * base - 9 * dropped;
+        const std::uint64_t per_short_minute = 60 * base - dropped;
+        const std::uint64_t rest = a_frame % per_ten_minutes;
+        counter += 9 * dropped * (a_frame / per_ten_minutes);
+        if (rest >= dropped) counter += dropped * ((rest - dropped) / per_short_minute);
+    }
+    if (counter > 0xFFFFFFFFu) return timecode(timecode::mode_invalid);
+    if (base == 0) return timecode(a_mode, 0, 0, 0, static_cast<unsigned int>(counter), a_factor);
+    const auto c = static_cast<unsigned int>(counter);
+    const auto b = static_cast<unsigned int>(base);
+    return timecode(a_mode, c / (b * 3600), c / (b * 60) % 60, c / b % 60, c % b, a_factor);
+}
+
 timecode timecode_with_quicktime_tmcd(timecode::mode_type a_mode, unsigned int a_tmcd,
                                       unsigned int a_factor) noexcept {
     return timecode(a_mode, a_tmcd >> 24 & 0xFF, a_tmcd >> 16 & 0xFF, a_tmcd >> 8 & 0xFF,

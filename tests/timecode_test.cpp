@@ -98,6 +98,8 @@ void walk_a_day(timecode::mode_type a_mode, unsigned int a_base, unsigned int a_
         ASSERT_EQ((std::array<unsigned int, 5>{h, m, s, f, step}),
                   (std::array<unsigned int, 5>{tc.hour(), tc.minute(), tc.second(), tc.frame(),
                                                tc.total_frames()}));
+        // The exact conversion lands on the same label as stepping, frame by frame.
+        ASSERT_EQ(tc, nubase::timecode_with_frame_number(a_mode, step, 1)) << step;
         if (++f == a_base && (f = 0, ++s == 60) && (s = 0, ++m == 60)) m = 0, ++h;
         if (s == 0 && f == 0 && m % 10 != 0) f = a_dropped;
     }
@@ -108,6 +110,35 @@ void walk_a_day(timecode::mode_type a_mode, unsigned int a_base, unsigned int a_
 TEST(Timecode, DropFrameStepsVisitExactlyTheLegalLabelsOfADay) {
     walk_a_day(timecode::mode_29_97_drop, 30, 2);
     walk_a_day(timecode::mode_59_94_drop, 60, 4);
+}
+
+// Real frame numbers to labels around the minute and ten-minute boundaries, worked by hand.
+TEST(Timecode, FrameNumbersToLabels) {
+    const timecode::mode_type df30 = timecode::mode_29_97_drop, df60 = timecode::mode_59_94_drop;
+    const std::tuple<timecode::mode_type, unsigned int, const char*> rows[] = {
+        {df30, 1799, "00:00:59;29"},       {df30, 1800, "00:01:00;02"},
+        {df30, 3597, "00:01:59;29"},       {df30, 3598, "00:02:00;02"},
+        {df30, 17981, "00:09:59;29"},      {df30, 17982, "00:10:00;00"},
+        {df30, 17983, "00:10:00;01"},      {df30, 19781, "00:10:59;29"},
+        {df30, 19782, "00:11:00;02"},      {df30, 107892, "01:00:00;00"},
+        {df60, 3599, "00:00:59;59"},       {df60, 3600, "00:01:00;04"},
+        {df60, 35963, "00:09:59;59"},      {df60, 35964, "00:10:00;00"},
+        {df60, 215784, "01:00:00;00"},     {timecode::mode_23_976, 86400, "01:00:00;00"},
+        {timecode::mode_25, 90000 * 25 + 24, "25:00:00:24"},
+        {timecode::mode_type(48), 48 * 3600 + 47, "01:00:00:47"},
+        {timecode::mode_type(120), 120 * 61, "00:01:01:00"},
+    };
+    for (const auto& [mode, frame, text] : rows) {
+        const timecode tc = nubase::timecode_with_frame_number(mode, frame, 3);
+        EXPECT_EQ(text, text_of(tc)) << frame;
+        EXPECT_EQ(frame, tc.total_frames()) << frame;
+        EXPECT_EQ(3u, tc.factor());
+    }
+    // The last frame a 32-bit counter labels (39768:12:56;15 is legal), and the next one.
+    const unsigned int last = timecode(df30, 39768, 12, 56, 15).total_frames();
+    EXPECT_EQ(0xFFFFFFFFu, nubase::timecode_with_frame_number(df30, last).counter());
+    EXPECT_EQ(timecode(), nubase::timecode_with_frame_number(df30, last + 1));
+    EXPECT_EQ(0xFFFFFFFFu, nubase::timecode_with_frame_number(timecode::mode_25, 0xFFFFFFFFu).counter());
 }
 
 TEST(Timecode, StepOperatorsAndConsecutiveness) {

@@ -126,7 +126,8 @@ class NUBASE_API timecode {
     [[nodiscard]] unsigned int total_frames() const noexcept;
     // Sets the counter from a real frame count: for the drop-frame modes frames plus the labels
     // dropped in frames / (base x 60) whole minutes (the nominal-minute rule described at the top
-    // of this header); frames otherwise.
+    // of this header); frames otherwise. For the label of a real frame as stepping and
+    // `total_frames()` count it, use `timecode_with_frame_number`, which is exact.
     void total_frames(unsigned int a_frames) noexcept;
 
     // Advances by n real frames. Drop-frame: adds the labels skipped at the minute boundaries
@@ -193,7 +194,9 @@ static_assert(sizeof(timecode) == 16, "timecode is four 32-bit fields");
 
 // From a time: counter = the time in whole labels at the nominal rate (truncated), then for the
 // drop-frame modes the labels dropped in the nominal minutes elapsed are added (see "Nominal
-// minutes" above: one second of a 29.97 timestamp is 30 labels). `ts` must not have rate 0.
+// minutes" above: one second of a 29.97 timestamp is 30 labels). `ts` must not have rate 0. The
+// fraction of a second is multiplied out exactly (wide), not in 64 bits where it could wrap: a
+// deliberate, safer choice.
 [[nodiscard]] NUBASE_API timecode timecode_with_timestamp(timecode::mode_type a_mode,
                                                           const timestamp& a_ts,
                                                           unsigned int a_factor = 1) noexcept;
@@ -205,6 +208,22 @@ static_assert(sizeof(timecode) == 16, "timecode is four 32-bit fields");
 // mode_invalid.
 [[nodiscard]] NUBASE_API timecode timecode_with_framerate(double a_rate, const timestamp& a_ts,
                                                           unsigned int a_factor = 1) noexcept;
+
+// The label of real frame `frame`, counted exactly (SMPTE ST 12-1): for 29.97 and 59.94
+// drop-frame, 2 or 4 labels are skipped at every minute not divisible by ten; every other mode
+// counts one label a frame (23.976 too, without the minute rule of `increment`). So
+// `timecode_with_frame_number(m, f, 1).total_frames() == f` for every frame a 32-bit counter can
+// label; this is the inverse a user wants, where `total_frames(frames)` keeps its nominal-minute
+// rule. Hours are not wrapped. Plain rates without a named mode count too: a mode whose low byte
+// is the rate, such as `timecode::mode_type(48)`, 100 or 120, labels non-drop at that rate. A
+// frame whose label index would pass 2^32 - 1 is beyond the class: the result is then
+// `timecode(timecode::mode_invalid)` (`is_valid()` false). The factor is the step of the result.
+//
+//   timecode_with_frame_number(timecode::mode_29_97_drop, 1800, 1);   // 00:01:00;02
+//   timecode_with_frame_number(timecode::mode_29_97_drop, 17982, 1);  // 00:10:00;00
+[[nodiscard]] NUBASE_API timecode timecode_with_frame_number(timecode::mode_type a_mode,
+                                                             unsigned int a_frame,
+                                                             unsigned int a_factor = 1) noexcept;
 
 // From a QuickTime 'tmcd' sample: hours bits 31..24, minutes 23..16, seconds 15..8, frames 6..0;
 // the drop flag (bit 7) is ignored, the mode argument decides.
