@@ -1,8 +1,11 @@
 // timecode::set(text) on fuzzed text: std::out_of_range exactly for texts shorter than 9
 // characters (value unchanged), otherwise the fields of the C library's atoi of each fixed column.
+// The first four bytes of the text, as a real frame number, go through timecode_with_frame_number,
+// which total_frames() must invert wherever the class can label the frame.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <stdexcept>
 #include <string>
 
@@ -18,6 +21,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* a_data, std::size_t a_
     };
     const timecode::mode_type mode = k_modes[a_data[0] % 9];
     const std::string text(reinterpret_cast<const char*>(a_data + 1), a_size - 1);
+
+    if (text.size() >= 4 && mode != timecode::mode_invalid) {
+        std::uint32_t frame = 0;
+        std::memcpy(&frame, text.data(), 4);
+        const timecode label = nubase::timecode_with_frame_number(mode, frame, 1);
+        const bool drops = mode == timecode::mode_29_97_drop || mode == timecode::mode_59_94_drop;
+        if (label.is_valid() ? label.total_frames() != frame : !drops || frame < 4000000000u)
+            std::abort();
+    }
 
     const timecode start(mode, 1, 2, 3, 4, 5);
     timecode tc = start;
