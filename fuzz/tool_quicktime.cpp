@@ -64,25 +64,25 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const nubase_tool::timecode_source& track : from_file.tracks) {
         // A track that was read has a consistent description, so its labels can be made.
         const nubase_tool::label_rate rate{track.number_of_frames, track.drop_frame(), "x"};
-        if (track.counter()) continue;
-        const nubase_tool::label l = nubase_tool::label_with_frame(track.sample_value, rate);
-        if (nubase_tool::frame_with_label(l, rate) != track.sample_value) __builtin_trap();
-        track.duration_frames();
+        nubase_tool::label l{};
+        std::uint64_t frame = 0;
+        if (!track.counter() && nubase_tool::label_with_frame(track.sample_value, rate, l) &&
+            (!nubase_tool::frame_with_label(l, rate, frame) || frame != track.sample_value))
+            __builtin_trap();
+        (void)track.duration_frames();
     }
-    // The same bytes as a typed timecode.
-    nubase_tool::label l{};
+    // The same bytes as a typed timecode: a legal label within range comes back from its frame.
+    nubase_tool::label l{}, back{};
     bool semicolon = false;
     const std::string text(reinterpret_cast<const char*>(data), size);
-    if (nubase_tool::parse_label(text, l, semicolon)) {
-        nubase_tool::label_rate rate{};
-        if (nubase_tool::rate_with_text("29.97", semicolon, rate) &&
-            nubase_tool::is_legal(l, rate)) {
-            if (nubase_tool::frame_with_label(
-                    nubase_tool::label_with_frame(nubase_tool::frame_with_label(l, rate), rate),
-                    rate) != nubase_tool::frame_with_label(l, rate)) {
-                __builtin_trap();
-            }
-        }
+    nubase_tool::label_rate rate{};
+    std::uint64_t frame = 0, again = 0;
+    if (nubase_tool::parse_label(text, l, semicolon) &&
+        nubase_tool::rate_with_text("29.97", semicolon, rate) && nubase_tool::is_legal(l, rate) &&
+        nubase_tool::frame_with_label(l, rate, frame)) {
+        if (!nubase_tool::label_with_frame(frame, rate, back) ||
+            !nubase_tool::frame_with_label(back, rate, again) || again != frame)
+            __builtin_trap();
     }
     return 0;
 }

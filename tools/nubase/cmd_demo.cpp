@@ -50,12 +50,9 @@ class parse_header : public nubase::thread_base {
         if (l_movie.tracks.empty()) return;
         const timecode_source& l_track = l_movie.tracks.front();
         const std::uint32_t l_frame = l_track.sample_value;
-        // The library's timecode from the sample's label; drop-frame at 29.97.
-        const label_rate l_rate{l_track.number_of_frames, l_track.drop_frame(), "29.97"};
-        const label l_label = label_with_frame(l_frame, l_rate);
-        const nubase::timecode l_tc(nubase::timecode::mode_29_97_drop,
-                                    static_cast<unsigned>(l_label.hour), l_label.minute,
-                                    l_label.second, l_label.frame);
+        // The library's timecode of the sample's frame; drop-frame at 29.97.
+        const nubase::timecode l_tc =
+            nubase::timecode_with_frame_number(nubase::timecode::mode_29_97_drop, l_frame, 1);
         std::printf(
             "road 1: worker parsed a %llu-byte QuickTime header: timecode track %s fps %s, "
             "first sample frame %u (tmcd 0x%08x)\n",

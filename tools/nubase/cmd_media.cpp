@@ -40,16 +40,6 @@ bool parse_count(const std::string& a_text, std::uint64_t& a_value, int a_base =
     return *l_end == '\0' && errno == 0;
 }
 
-// The library's mode for a rate; non-drop 29.97 and 59.94 count like 30 and 60.
-nubase::timecode::mode_type mode_of(const label_rate& a_rate) {
-    if (a_rate.drop) {
-        return a_rate.nominal == 30 ? nubase::timecode::mode_29_97_drop
-                                    : nubase::timecode::mode_59_94_drop;
-    }
-    if (a_rate.text == "23.976") return nubase::timecode::mode_23_976;
-    return static_cast<nubase::timecode::mode_type>(a_rate.nominal);
-}
-
 }  // namespace
 
 int run_tc(const arguments& a_args) {
@@ -82,7 +72,7 @@ int run_tc(const arguments& a_args) {
     const bool l_drop = !a_args.m_free.empty() || l_from_tmcd ? l_semicolon : true;
     if (!rate_with_text(l_rate_text, l_drop, l_rate)) {
         return user_error("unknown rate '" + l_rate_text +
-                          "' (24, 25, 30, 50, 60, 23.976, 29.97 or 59.94)");
+                          "' (23.976, 24, 25, 29.97, 30, 48, 50, 59.94, 60, 100 or 120)");
     }
 
     std::uint64_t l_frame = 0;
@@ -93,14 +83,15 @@ int run_tc(const arguments& a_args) {
     } else {
         if (l_from_tmcd) {
             const nubase::timecode l_tc =
-                nubase::timecode_with_quicktime_tmcd(mode_of(l_rate), l_tmcd_value);
+                nubase::timecode_with_quicktime_tmcd(timecode_mode(l_rate), l_tmcd_value);
             l_label = label{l_tc.hour(), l_tc.minute(), l_tc.second(), l_tc.frame()};
         }
         if (!is_legal(l_label, l_rate)) {
             return user_error("timecode " + label_text(l_label, l_rate) + " does not exist at " +
                               l_rate.text + (l_rate.drop ? " drop-frame" : ""));
         }
-        l_frame = frame_with_label(l_label, l_rate);
+        if (!frame_with_label(l_label, l_rate, l_frame))
+            return user_error("timecode " + label_text(l_label, l_rate) + " is beyond the range");
     }
 
     std::uint64_t l_step = 0;
@@ -114,11 +105,15 @@ int run_tc(const arguments& a_args) {
         l_frame = l_step_option == k_add ? l_frame + l_step : l_frame - l_step;
     }
 
-    const label l_result = label_with_frame(l_frame, l_rate);
+    label l_result{0, 0, 0, 0};
+    if (!label_with_frame(l_frame, l_rate, l_result)) {
+        return user_error("frame " + std::to_string(l_frame) +
+                          " is beyond the range (a label index above 32 bits)");
+    }
     std::printf("%s\n", label_text(l_result, l_rate).c_str());
     if (a_args.has(k_frames)) std::printf("frames %" PRIu64 "\n", l_frame);
     if (a_args.has(k_tmcd)) {
-        const nubase::timecode l_tc(mode_of(l_rate), static_cast<unsigned>(l_result.hour),
+        const nubase::timecode l_tc(timecode_mode(l_rate), static_cast<unsigned>(l_result.hour),
                                     l_result.minute, l_result.second, l_result.frame);
         std::printf("tmcd 0x%08x\n", l_tc.as_quicktime_tmcd());
     }
@@ -169,7 +164,7 @@ void describe_tc(nubase::arg::optparser& a_parser) {
     describe_options(
         a_parser,
         {{k_rate,
-          "The rate: 24, 25, 30, 50, 60, 23.976, 29.97 or 59.94. The default is 29.97 for "
+          "The rate: 23.976, 24, 25, 29.97, 30, 48, 50, 59.94, 60, 100 or 120. The default is 29.97 for "
           "a timecode written with !Q!;!QE! before the frames, 25 otherwise. 29.97 and "
           "59.94 count in drop-frame when the timecode is written with !Q!;!QE!."},
          {k_add, "Add N frames."},

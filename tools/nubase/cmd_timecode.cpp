@@ -30,14 +30,21 @@ std::string fraction(const timecode_source& a_s) {
            std::to_string(a_s.frame_duration / l_gcd);
 }
 
+// The label of a frame of the track; "" when it lies beyond the 32-bit timecode.
+std::string label_of(const timecode_source& a_s, std::uint64_t a_frame) {
+    label l_label{0, 0, 0, 0};
+    const label_rate l_rate = rate_of(a_s);
+    return label_with_frame(a_frame, l_rate, l_label) ? label_text(l_label, l_rate) : std::string();
+}
+
 std::string start_label(const timecode_source& a_s) {
-    return label_text(label_with_frame(a_s.sample_value, rate_of(a_s)), rate_of(a_s));
+    return label_of(a_s, a_s.sample_value);
 }
 
 // The label of the first frame after the covered range, like an out point.
 std::string end_label(const timecode_source& a_s) {
-    return label_text(label_with_frame(a_s.sample_value + a_s.duration_frames(), rate_of(a_s)),
-                      rate_of(a_s));
+    const std::uint64_t l_frames = a_s.duration_frames();
+    return l_frames > 0xFFFFFFFFu ? std::string() : label_of(a_s, a_s.sample_value + l_frames);
 }
 
 // "clip.mov: 01:00:00;00 29.97 fps drop-frame"; further tracks name themselves.
@@ -60,13 +67,15 @@ void track_json(json_writer& a_j, const timecode_source& a_s) {
         a_j.value(l_id);
     a_j.end_array();
     a_j.key("enabled").value(a_s.enabled);
-    if (a_s.counter()) {
-        a_j.key("start").null();
-        a_j.key("end").null();
-    } else {
-        a_j.key("start").value(start_label(a_s));
-        a_j.key("end").value(end_label(a_s));
-    }
+    const auto l_label = [&](const char* a_key, const std::string& a_text) {
+        if (a_s.counter() || a_text.empty()) {
+            a_j.key(a_key).null();
+        } else {
+            a_j.key(a_key).value(a_text);
+        }
+    };
+    l_label("start", start_label(a_s));
+    l_label("end", end_label(a_s));
     a_j.key("duration_frames").value(a_s.duration_frames());
     a_j.key("rate").value(fraction(a_s));
     a_j.key("fps").value(a_s.number_of_frames);
@@ -189,8 +198,9 @@ int run_retc(const arguments& a_args) {
         return l_refuse("timecode " + l_text + " does not exist at " + l_rate.text +
                         (l_rate.drop ? " drop-frame" : "") + (l_s->max_24h() ? " (24-hour)" : ""));
     }
-    const std::uint64_t l_frame = frame_with_label(l_label, l_rate);
-    if (l_frame > 0xFFFFFFFFu) return l_refuse("timecode " + l_text + " is beyond a 32-bit sample");
+    std::uint64_t l_frame = 0;
+    if (!frame_with_label(l_label, l_rate, l_frame))
+        return l_refuse("timecode " + l_text + " is beyond the range of a 32-bit sample");
 
     timecode_source l_new = *l_s;
     l_new.sample_value = static_cast<std::uint32_t>(l_frame);

@@ -1,4 +1,4 @@
-// Exact frame-number and label conversions (SMPTE ST 12-1 drop-frame counting).
+// Timecode labels as a user types and reads them; the arithmetic is the library's.
 #include "labels.hpp"
 
 #include <cstdio>
@@ -10,31 +10,34 @@ unsigned dropped_per_minute(const label_rate& a_rate) {
     return a_rate.drop ? a_rate.nominal / 15 : 0;
 }
 
-label label_with_frame(std::uint64_t a_frame, const label_rate& a_rate) {
-    const std::uint64_t l_drop = dropped_per_minute(a_rate);
-    std::uint64_t l_counter = a_frame;
-    if (l_drop != 0) {
-        // Ten minutes hold 600 x nominal labels less 9 x drop skipped ones; within them the first
-        // minute is whole and each later one is `drop` labels short.
-        const std::uint64_t l_per_ten_minutes = 600ULL * a_rate.nominal - 9 * l_drop;
-        const std::uint64_t l_per_short_minute = 60ULL * a_rate.nominal - l_drop;
-        const std::uint64_t l_tens = a_frame / l_per_ten_minutes;
-        const std::uint64_t l_rest = a_frame % l_per_ten_minutes;
-        l_counter += 9 * l_drop * l_tens;
-        if (l_rest >= l_drop) l_counter += l_drop * ((l_rest - l_drop) / l_per_short_minute);
+nubase::timecode::mode_type timecode_mode(const label_rate& a_rate) {
+    if (a_rate.drop) {
+        return a_rate.nominal == 30 ? nubase::timecode::mode_29_97_drop
+                                    : nubase::timecode::mode_59_94_drop;
     }
-    const std::uint64_t l_nominal = a_rate.nominal;
-    return label{l_counter / (l_nominal * 3600),
-                 static_cast<unsigned>(l_counter / (l_nominal * 60) % 60),
-                 static_cast<unsigned>(l_counter / l_nominal % 60),
-                 static_cast<unsigned>(l_counter % l_nominal)};
+    if (a_rate.text == "23.976") return nubase::timecode::mode_23_976;
+    return static_cast<nubase::timecode::mode_type>(a_rate.nominal);
 }
 
-std::uint64_t frame_with_label(const label& a_label, const label_rate& a_rate) {
-    const std::uint64_t l_nominal = a_rate.nominal;
-    const std::uint64_t l_minutes = a_label.hour * 60 + a_label.minute;
-    const std::uint64_t l_counter = (l_minutes * 60 + a_label.second) * l_nominal + a_label.frame;
-    return l_counter - dropped_per_minute(a_rate) * (l_minutes - l_minutes / 10);
+bool label_with_frame(std::uint64_t a_frame, const label_rate& a_rate, label& a_label) {
+    if (a_frame > 0xFFFFFFFFu) return false;
+    const nubase::timecode l_tc = nubase::timecode_with_frame_number(
+        timecode_mode(a_rate), static_cast<unsigned int>(a_frame), 1);
+    if (!l_tc.is_valid()) return false;
+    a_label = label{l_tc.hour(), l_tc.minute(), l_tc.second(), l_tc.frame()};
+    return true;
+}
+
+bool frame_with_label(const label& a_label, const label_rate& a_rate, std::uint64_t& a_frame) {
+    if (a_label.hour > 0xFFFFFFFFu) return false;
+    const nubase::timecode l_tc(timecode_mode(a_rate), static_cast<unsigned int>(a_label.hour),
+                                a_label.minute, a_label.second, a_label.frame);
+    // The fields read back unchanged unless the label index passed 32 bits and wrapped.
+    if (l_tc.hour() != a_label.hour || l_tc.minute() != a_label.minute ||
+        l_tc.second() != a_label.second || l_tc.frame() != a_label.frame)
+        return false;
+    a_frame = l_tc.total_frames();
+    return true;
 }
 
 bool is_legal(const label& a_label, const label_rate& a_rate) {
@@ -95,10 +98,11 @@ bool rate_with_text(const std::string& a_text, bool a_drop, label_rate& a_rate) 
         bool fractional;
         const char* text;
     };
-    static const known k_rates[] = {{23.976, 24, true, "23.976"}, {24, 24, false, "24"},
-                                    {25, 25, false, "25"},        {29.97, 30, true, "29.97"},
-                                    {30, 30, false, "30"},        {50, 50, false, "50"},
-                                    {59.94, 60, true, "59.94"},   {60, 60, false, "60"}};
+    static const known k_rates[] = {
+        {23.976, 24, true, "23.976"}, {24, 24, false, "24"},   {25, 25, false, "25"},
+        {29.97, 30, true, "29.97"},   {30, 30, false, "30"},   {48, 48, false, "48"},
+        {50, 50, false, "50"},        {59.94, 60, true, "59.94"}, {60, 60, false, "60"},
+        {100, 100, false, "100"},     {120, 120, false, "120"}};
     for (const known& l_rate : k_rates) {
         if (l_value > l_rate.value - 0.0005 && l_value < l_rate.value + 0.0005) {
             // Only 29.97 and 59.94 have drop-frame labels; 23.976 counts every label.

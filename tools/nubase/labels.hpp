@@ -1,14 +1,17 @@
-// tools/nubase/labels.hpp - exact conversions between frame numbers and SMPTE labels.
+// tools/nubase/labels.hpp - timecode labels as a user types and reads them.
 //
-// A frame number counts real frames from 00:00:00:00. Drop-frame labelling (SMPTE ST 12-1)
-// skips the first `drop` labels of every minute except minutes divisible by ten: 2 at 30 labels
-// a second (29.97), 4 at 60 (59.94). These conversions are exact for every frame number and
-// every legal label, and hours are not wrapped at 24.
+// A frame number counts real frames from 00:00:00:00. The arithmetic between frame numbers and
+// labels is the library's `timecode` (drop-frame at 29.97 and 59.94: SMPTE ST 12-1); this file
+// parses what a user types, names rates ("30000/1001" is "29.97"), tells which labels exist and
+// writes labels. Hours are not wrapped at 24; a label whose index passes the library's 32-bit
+// counter is beyond the range of these conversions, and they say so.
 #ifndef NUBASE_TOOL_LABELS_HPP
 #define NUBASE_TOOL_LABELS_HPP
 
 #include <cstdint>
 #include <string>
+
+#include "nubase/timecode.hpp"
 
 namespace nubase_tool {
 
@@ -29,10 +32,14 @@ struct label {
 // Labels dropped at the start of each minute: nominal / 15 with drop-frame (2 at 30, 4 at 60).
 unsigned dropped_per_minute(const label_rate& a_rate);
 
-// The label of real frame `frame`.
-label label_with_frame(std::uint64_t a_frame, const label_rate& a_rate);
-// The real frame number of a legal label.
-std::uint64_t frame_with_label(const label& a_label, const label_rate& a_rate);
+// The library's mode for a rate: the drop-frame modes, 23.976, or the mode whose low byte is the
+// nominal rate (non-drop 29.97 and 59.94 count like 30 and 60; 48, 100 and 120 count plainly).
+nubase::timecode::mode_type timecode_mode(const label_rate& a_rate);
+
+// The label of real frame `frame`; false when it lies beyond the 32-bit timecode.
+bool label_with_frame(std::uint64_t a_frame, const label_rate& a_rate, label& a_label);
+// The real frame number of a legal label; false when it lies beyond the 32-bit timecode.
+bool frame_with_label(const label& a_label, const label_rate& a_rate, std::uint64_t& a_frame);
 // Whether the label exists at the rate: fields in range and not a dropped label.
 bool is_legal(const label& a_label, const label_rate& a_rate);
 
@@ -43,8 +50,8 @@ std::string label_text(const label& a_label, const label_rate& a_rate);
 // `semicolon` tells whether ';' separated the frames.
 bool parse_label(const std::string& a_text, label& a_label, bool& a_semicolon);
 
-// A rate from its text: "23.976", "24", "25", "29.97", "30", "50", "59.94", "60" (also with
-// trailing zeros, "25.00"). 29.97 and 59.94 drop labels unless `drop` is false.
+// A rate from its text: "23.976", "24", "25", "29.97", "30", "48", "50", "59.94", "60", "100",
+// "120" (also with trailing zeros, "25.00"). 29.97 and 59.94 drop labels unless `drop` is false.
 bool rate_with_text(const std::string& a_text, bool a_drop, label_rate& a_rate);
 
 // A rate from a time scale and a frame duration (a QuickTime timecode track): the text has at
