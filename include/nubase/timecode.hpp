@@ -45,7 +45,9 @@ class NUBASE_API timecode {
   public:
     // The low byte is the nominal whole rate (the base); bits 0x7000 mark the fractional
     // NTSC-family rates. Any other value behaves as a mode of its own with base = value & 255,
-    // reads as "invalid" and is not `mode_invalid` (so `is_valid()` is true for it).
+    // reads as "invalid" and is not `mode_invalid` (so `is_valid()` is true for it). Such modes
+    // are supported for non-drop counting at plain rates without a named mode: `mode_type(48)`,
+    // `mode_type(100)` and `mode_type(120)` count, step and label at 48, 100 and 120 a second.
     enum mode_type : unsigned int {
         mode_invalid = 1,
         mode_24 = 24,

@@ -155,7 +155,8 @@ int run_retc(const arguments& a_args) {
         return user_error(l_path + ": " + a_why);
     };
 
-    if (l_path == "-") return l_refuse("standard input cannot be rewritten in place: give the file");
+    if (l_path == "-")
+        return l_refuse("standard input cannot be rewritten in place: give the file");
     file_identity l_identity;
     movie_timecode l_movie;
     try {
@@ -205,11 +206,9 @@ int run_retc(const arguments& a_args) {
     timecode_source l_new = *l_s;
     l_new.sample_value = static_cast<std::uint32_t>(l_frame);
     if (!a_args.has(k_dry_run)) {
-        const std::vector<unsigned char> l_bytes = {
-            static_cast<unsigned char>(l_frame >> 24), static_cast<unsigned char>(l_frame >> 16),
-            static_cast<unsigned char>(l_frame >> 8), static_cast<unsigned char>(l_frame)};
         try {
-            rewrite_in_place(l_path, l_identity, l_s->sample_offset, l_bytes);
+            rewrite_in_place(l_path, l_identity, l_s->sample_offset,
+                             be32_field(l_new.sample_value));
         } catch (const input_error& e) {
             return l_refuse(e.what());
         }

@@ -39,7 +39,8 @@ const std::vector<command>& commands() {
          "restamps the start timecode of a movie in place",
          "Rewrites the first sample of a timecode track (the 4 bytes of its frame counter) so "
          "that the track starts at TIMECODE, read at the track's rate; no other byte of the file "
-         "changes, nor its size. Prints !Q!FILE: OLD -> NEW!QE!. Refused, with nothing written "
+         "changes, nor its size. Prints !Q!FILE: OLD -> NEW!QE! and exits 0. Refused, with "
+         "nothing written "
          "(status 2): a file with several timecode tracks without --track, a counter track, a "
          "sample that is not 4 bytes, a fragmented file whose sample cannot be located exactly, "
          "a file that is not a regular writable file, and a timecode that does not exist at the "

@@ -99,8 +99,8 @@ bool rate_with_text(const std::string& a_text, bool a_drop, label_rate& a_rate) 
         const char* text;
     };
     static const known k_rates[] = {
-        {23.976, 24, true, "23.976"}, {24, 24, false, "24"},   {25, 25, false, "25"},
-        {29.97, 30, true, "29.97"},   {30, 30, false, "30"},   {48, 48, false, "48"},
+        {23.976, 24, true, "23.976"}, {24, 24, false, "24"},      {25, 25, false, "25"},
+        {29.97, 30, true, "29.97"},   {30, 30, false, "30"},      {48, 48, false, "48"},
         {50, 50, false, "50"},        {59.94, 60, true, "59.94"}, {60, 60, false, "60"},
         {100, 100, false, "100"},     {120, 120, false, "120"}};
     for (const known& l_rate : k_rates) {

@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include "input.hpp"
+#include "nubase/bytestream.hpp"
+#include "nubase/stream.hpp"
 
 namespace nubase_tool {
 namespace {
@@ -22,6 +24,15 @@ file_identity identity_of(const struct stat& a_st) {
 }
 
 }  // namespace
+
+std::vector<unsigned char> be32_field(std::uint32_t a_value) {
+    std::vector<unsigned char> l_bytes(4);
+    nubase::stream::mem l_sink(l_bytes.data(), l_bytes.size());
+    nubase::bytestream::wr l_writer(l_sink, 8);
+    l_writer.write_be32(a_value);
+    l_writer.clear(l_sink);
+    return l_bytes;
+}
 
 file_identity identify_regular_file(const std::string& a_path) {
     struct stat l_st;

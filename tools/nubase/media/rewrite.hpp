@@ -24,6 +24,9 @@ file_identity identify_regular_file(const std::string& a_path);
 // Whether the caller may write the file at `path`.
 bool is_writable(const std::string& a_path);
 
+// `value` as the 4 bytes of a big-endian field, the form of a timecode sample.
+std::vector<unsigned char> be32_field(std::uint32_t a_value);
+
 // Writes `bytes` at `offset` of the file at `path` in one `pwrite`, then `fsync`s it, after
 // checking that it is still `identity` and that the bytes lie inside it. Raises `input_error`
 // ("the file changed since it was read", "cannot write: <reason>") and writes nothing then.
