@@ -46,23 +46,23 @@ bool optparser::set_max_text_line_width() {
 }
 
 void optparser::text_strong() {
-    write(m_html ? "<strong>" : "\033[1m");
+    write(m_html ? "<strong>" : m_plain ? "" : "\033[1m");
 }
 void optparser::text_strong_off() {
-    write(m_html ? "</strong>" : "\033[0m");
+    write(m_html ? "</strong>" : m_plain ? "" : "\033[0m");
 }
 void optparser::text_underline() {
-    write(m_html ? "<u>" : "\033[4m");
+    write(m_html ? "<u>" : m_plain ? "" : "\033[4m");
 }
 void optparser::text_underline_off() {
-    write(m_html ? "</u>" : "\033[0m");
+    write(m_html ? "</u>" : m_plain ? "" : "\033[0m");
 }
 void optparser::clear_screen() {
-    write("\033[H\033[2J");
+    if (!m_plain || m_html) write("\033[H\033[2J");
 }
 
 void optparser::set_column(unsigned a_columns) {
-    if (m_html) {
+    if (m_html || m_plain) {
         write(std::string(a_columns, ' ').c_str(), a_columns);
     } else {
         const std::string l_move = "\033[" + std::to_string(a_columns) + "C";

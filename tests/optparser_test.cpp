@@ -136,7 +136,7 @@ TEST(OptParser, TableLookupAndRedeclaration) {
 
 // What the help formatter writes for `body` on a parser with a few kinds of option.
 template <class Body>
-std::string help(bool html, Body body, unsigned width = 80) {
+std::string help(bool html, Body body, unsigned width = 80, bool plain = false) {
     recorder r;
     optparser p(&r);
     p.add_opt('a', "aaa", 0, 0);
@@ -145,6 +145,7 @@ std::string help(bool html, Body body, unsigned width = 80) {
     p.add_opt('t', "a-twenty-char-name-x", 0, 0);
     p.set_text_line_width(width);
     if (html) p.set_html_output();
+    if (plain) p.set_plain_output();
     std::FILE* f = std::tmpfile();
     p.set_output(f);
     body(p);
@@ -196,6 +197,27 @@ TEST(HelpFormatter, DescriptionsInBothModes) {
         EXPECT_EQ(r.expected, help(r.html, describe, r.width));
     }
     EXPECT_EQ("a&lt;b&amp;c&gt;", help(true, [](optparser& p) { p.print("a<b&c>"); }));
+}
+
+// The plain form is the terminal form with each cursor move "\033[nC" written as n spaces, and
+// without attributes or screen clearing; HTML is not affected by it.
+TEST(HelpFormatter, PlainFormIsTheTerminalLayoutWithSpaces) {
+    const auto body = [](optparser& p) {
+        p.clear_screen();
+        p.add_desc_indent1("NAME");
+        p.add_desc('a', "!S!bold!SE! and !SA!under!SAE! text that wraps along here");
+        p.add_desc_indent2(nullptr);
+        p.add_desc("para");
+    };
+    std::string expected = help(false, body, 30);
+    for (std::size_t at; (at = expected.find('\033')) != std::string::npos;) {
+        const std::size_t end = expected.find_first_of("CmJH", at);
+        const std::string code = expected.substr(at + 2, end - at - 2);
+        expected.replace(at, end - at + 1,
+                         expected[end] == 'C' ? std::string(std::stoul(code), ' ') : "");
+    }
+    EXPECT_EQ(expected, help(false, body, 30, true));
+    EXPECT_EQ(help(true, body, 30), help(true, body, 30, true));
 }
 
 TEST(HelpFormatter, PlainParagraphsAndIndentation) {

@@ -422,7 +422,9 @@ TEST_F(Tool, SysinfoSelftestAndDemo) {
     EXPECT_THAT(got.out, HasSubstr("XFAIL nucore/parseopt/parse14"));
     EXPECT_THAT(got.out, HasSubstr(" passed, 0 failed\n2 expected failures\n"));
     EXPECT_EQ(0, run({"selftest", "nubase/timecode"}).code);
-    EXPECT_EQ(1, run({"selftest", "nubase/none"}).code);
+    got = run({"selftest", "nubase/none"});  // nothing to run is a user error
+    EXPECT_EQ(2, got.code);
+    expect_one_error_line(got.err);
 
     got = run({"demo"});
     EXPECT_EQ(0, got.code) << got.err;
@@ -432,11 +434,14 @@ TEST_F(Tool, SysinfoSelftestAndDemo) {
 }
 
 TEST_F(Tool, ManualPagesAndUsageErrors) {
+    // Not a terminal: plain text, the same layout with spaces and no escape sequences.
     result got = run({"--help"});
     EXPECT_EQ(0, got.code);
     for (const char* section : {"NAME", "DESCRIPTION", "OPTIONS", "SUMMARY"}) {
-        EXPECT_THAT(got.out, HasSubstr(std::string("\033[1m") + section + "\n")) << section;
+        EXPECT_THAT("\n" + got.out, HasSubstr(std::string("\n") + section + "\n")) << section;
     }
+    EXPECT_THAT(got.out, HasSubstr("\n        nubase - a command-line toolbox"));
+    EXPECT_THAT(got.out, testing::Not(HasSubstr("\033[")));
     EXPECT_THAT(got.out, HasSubstr("Exit status"));
     got = run({"--help", "--html"});
     EXPECT_THAT(got.out, HasSubstr("<h3>NAME</h3>"));
@@ -444,10 +449,38 @@ TEST_F(Tool, ManualPagesAndUsageErrors) {
     got = run({"tc", "--help"});
     EXPECT_EQ(0, got.code);
     EXPECT_THAT(got.out, HasSubstr("--from-tmcd"));
-    got = run({"frobnicate"});
+    EXPECT_EQ("nubase 0.1.0\n", run({"--version"}).out);
+    EXPECT_EQ("nubase 0.1.0\n", run({"-V"}).out);
+    EXPECT_EQ("00:00:00:01\n", run({"tc", "00:00:00:00", "--rate=25", "--add=1"}).out);
+
+    // Every user error is one "*** " line and status 2.
+    const std::pair<std::vector<std::string>, const char*> errors[] = {
+        {{"frobnicate"}, "*** no such command `frobnicate' (see 'nubase --help')\n"},
+        {{"probe", "--json=yes", "x"}, "*** option '--json' takes no argument\n"},
+        {{"tc", "--speed=2"}, "*** no such option '--speed'\n"},
+        {{"sysinfo", "x"}, "*** sysinfo takes no arguments (see 'nubase sysinfo --help')\n"},
+        {{"demo", "x"}, "*** demo takes no arguments (see 'nubase demo --help')\n"},
+    };
+    for (const auto& [args, message] : errors) {
+        got = run(args);
+        EXPECT_EQ(2, got.code);
+        EXPECT_EQ(message, got.err);
+    }
+    got = run({});
     EXPECT_EQ(2, got.code);
-    EXPECT_EQ("*** no such command `frobnicate' (see 'nubase --help')\n", got.err);
-    EXPECT_EQ(2, run({}).code);
+    EXPECT_THAT(got.err, StartsWith("*** no command given\nusage: nubase COMMAND"));
+
+    // A failed write to standard output is an error, not a success.
+    const pid_t pid = fork();
+    if (pid == 0) {
+        dup2(open("/dev/full", O_WRONLY), 1);
+        dup2(open("/dev/null", O_WRONLY), 2);
+        execl(NUBASE_TOOL_PATH, NUBASE_TOOL_PATH, "tc", "01:00:00:00", static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    int status = 0;
+    waitpid(pid, &status, 0);
+    EXPECT_EQ(2, WEXITSTATUS(status));
 }
 
 }  // namespace

@@ -136,6 +136,13 @@ class NUBASE_API optparser {
     // Switches to HTML output; there is no way back.
     void set_html_output() noexcept { m_html = true; }
     bool is_html_output() const noexcept { return m_html; }
+    // Switches the terminal form to plain text, for a file, a pipe or a terminal without
+    // attributes: the same layout, with spaces where the terminal form moves the cursor, and no
+    // attributes and no screen clearing. HTML output is not affected. There is no way back.
+    //
+    //   if (!isatty(STDOUT_FILENO)) parser.set_plain_output();
+    void set_plain_output() noexcept { m_plain = true; }
+    bool is_plain_output() const noexcept { return m_plain; }
 
     // The column at which description text wraps (initially 80).
     void set_text_line_width(unsigned a_width) noexcept { m_text_line_width = a_width; }
@@ -216,6 +223,7 @@ class NUBASE_API optparser {
     unsigned m_text_line_width;
     unsigned m_indentation_column;
     bool m_html;
+    bool m_plain = false;
     std::FILE* m_out;
 };
 

@@ -99,8 +99,10 @@ int run_sysinfo(const arguments&) {
 int run_selftest(const arguments& a_args) {
     if (a_args.m_free.size() > 1)
         return user_error("selftest takes at most one SUITE[/UNIT[/CASE]]");
-    const nubase::test::run_summary l_summary =
-        nubase::test::run(a_args.m_free.empty() ? "" : a_args.m_free[0], stdout);
+    const std::string l_selector = a_args.m_free.empty() ? "" : a_args.m_free[0];
+    const nubase::test::run_summary l_summary = nubase::test::run(l_selector, stdout);
+    if (l_summary.passed + l_summary.failed + l_summary.expected_failures == 0)
+        return user_error("no test matches '" + l_selector + "' (see 'nubase selftest --help')");
     return l_summary.ok() ? k_exit_ok : k_exit_not_found;
 }
 

@@ -46,7 +46,7 @@ const std::vector<command>& commands() {
          "a file that is not a regular writable file, and a timecode that does not exist at the "
          "track's rate (a dropped label, minutes or seconds above 59, frames at or above the "
          "nominal rate, 24 hours or more on a 24-hour track).",
-         &declare_retc, &describe_retc, &run_retc},
+         &declare_retc, &describe_retc, &run_retc, 2},
         {"tc",
          "tc TIMECODE [--rate R] [--add N | --sub N] [--frames] [--tmcd] [--from-frames N] "
          "[--from-tmcd HEX]",
@@ -80,17 +80,17 @@ const std::vector<command>& commands() {
         {"sysinfo", "sysinfo", "a description of the host",
          "Prints the host name, kernel, processors and their features, memory, load, user, "
          "home, temporary and working directories.",
-         &declare_none, &describe_none, &run_sysinfo},
+         &declare_none, &describe_none, &run_sysinfo, 0},
         {"selftest", "selftest [SUITE[/UNIT[/CASE]]]", "runs the library's own test units",
          "Runs the test units registered in the library (all of them, one suite, one unit or one "
          "case) and reports each case and a summary. Known failures are reported as such. The "
          "exit status is 1 when a case failed unexpectedly.",
-         &declare_none, &describe_none, &run_selftest},
+         &declare_none, &describe_none, &run_selftest, 1},
         {"demo", "demo", "the library's two typical roads on embedded data",
          "A worker thread parses an in-memory QuickTime header and posts the start timecode to "
          "the call queue, which the main thread serves; then typed file names become file URLs "
          "and come back as Windows or UNC paths.",
-         &declare_none, &describe_none, &run_demo},
+         &declare_none, &describe_none, &run_demo, 0},
     };
     return s_commands;
 }

@@ -3,7 +3,9 @@
 //   nubase COMMAND [OPTIONS] [ARGUMENTS]
 //   nubase --help [--html]          the manual page
 //   nubase COMMAND --help [--html]  one command's manual page
+#include <algorithm>
 #include <cstdio>
+#include <cerrno>
 #include <cstring>
 #include <exception>
 #include <string>
@@ -50,19 +52,68 @@ void declare_common(nubase::arg::optparser& a_parser) {
     a_parser.add_opt(k_opt_html, "html", 0, 0);
 }
 
+// The arguments as the library's parser takes them, from the GNU forms a user types: a long
+// option's "--name=value" becomes "--name" "value" (refused for an option without arguments),
+// and a lone "-" (standard input, which the parser passes over) becomes the stand-in above.
+// Nothing changes behind "--".
+bool gnu_arguments(const nubase::arg::optparser& a_parser, int a_argc, char** a_argv,
+                   std::vector<std::string>& a_storage, std::vector<char*>& a_out,
+                   std::string& a_error) {
+    a_storage.reserve(static_cast<std::size_t>(a_argc) * 2);
+    a_out.assign(a_argv, a_argv + 1);
+    bool l_options = true;
+    for (int l_i = 1; l_i < a_argc; ++l_i) {
+        const std::string l_arg = a_argv[l_i];
+        const std::size_t l_equals = l_arg.find('=');
+        if (l_options && l_arg == "--") l_options = false;
+        if (l_options && l_arg == "-") {
+            a_out.push_back(k_lone_dash);
+        } else if (l_options && l_arg.compare(0, 2, "--") == 0 && l_equals != std::string::npos) {
+            const std::string l_name = l_arg.substr(2, l_equals - 2);
+            const auto l_opt = std::find_if(a_parser.begin(), a_parser.end(), [&](const auto& a_o) {
+                return a_o.second.long_version() != nullptr && l_name == a_o.second.long_version();
+            });
+            if (l_opt == a_parser.end()) {
+                a_error = "no such option '--" + l_name + "'";
+                return false;
+            }
+            if (l_opt->second.max() == 0) {
+                a_error = "option '--" + l_name + "' takes no argument";
+                return false;
+            }
+            a_storage.push_back("--" + l_name);
+            a_out.push_back(&a_storage.back()[0]);
+            a_storage.push_back(l_arg.substr(l_equals + 1));
+            a_out.push_back(&a_storage.back()[0]);
+        } else {
+            a_out.push_back(a_argv[l_i]);
+        }
+    }
+    return true;
+}
+
 // Runs one command on argv[first ...]; argv[first - 1] stands in for the program name.
 int run_command(const command& a_command, int a_argc, char** a_argv) {
     arguments l_args;
     nubase::arg::optparser l_parser(&l_args);
     declare_common(l_parser);
     a_command.declare(l_parser);
-    for (int l_i = 1; l_i < a_argc && std::strcmp(a_argv[l_i], "--") != 0; ++l_i)
-        if (std::strcmp(a_argv[l_i], "-") == 0) a_argv[l_i] = k_lone_dash;
+    std::vector<std::string> l_storage;
+    std::vector<char*> l_argv;
+    std::string l_error;
+    if (!gnu_arguments(l_parser, a_argc, a_argv, l_storage, l_argv, l_error))
+        return user_error(l_error);
     // The parser has printed its one "*** " line.
-    if (!l_parser.parse(static_cast<unsigned>(a_argc), a_argv)) return k_exit_usage;
+    if (!l_parser.parse(static_cast<unsigned>(l_argv.size()), l_argv.data())) return k_exit_usage;
     if (l_args.has(k_opt_help)) {
         print_manual(&a_command, l_args.has(k_opt_html));
         return k_exit_ok;
+    }
+    if (l_args.m_free.size() > a_command.max_free) {
+        return user_error(std::string(a_command.name) + " takes " +
+                          (a_command.max_free == 0 ? std::string("no arguments")
+                                                   : "at most " + std::to_string(a_command.max_free)) +
+                          " (see 'nubase " + a_command.name + " --help')");
     }
     return a_command.run(l_args);
 }
@@ -70,8 +121,33 @@ int run_command(const command& a_command, int a_argc, char** a_argv) {
 }  // namespace
 }  // namespace nubase_tool
 
+namespace nubase_tool {
+namespace {
+
+int dispatch(int argc, char** argv);
+
+}  // namespace
+}  // namespace nubase_tool
+
 int main(int argc, char** argv) {
-    using namespace nubase_tool;
+    const int l_code = nubase_tool::dispatch(argc, argv);
+    // Every command writes through stdio: a write that failed (a full disk, /dev/full) shows
+    // here. A closed pipe has already ended the process by SIGPIPE, quietly, as other tools do.
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+        std::fprintf(stderr, "*** cannot write the output: %s\n", std::strerror(errno));
+        return nubase_tool::k_exit_usage;
+    }
+    return l_code;
+}
+
+namespace nubase_tool {
+namespace {
+
+int dispatch(int argc, char** argv) {
+    if (argc == 2 && (std::strcmp(argv[1], "--version") == 0 || std::strcmp(argv[1], "-V") == 0)) {
+        std::printf("nubase %s\n", NUBASE_TOOL_VERSION);
+        return k_exit_ok;
+    }
     // Global options stand before the command: --help, --html.
     int l_command_index = 1;
     while (l_command_index < argc && argv[l_command_index][0] == '-')
@@ -87,6 +163,7 @@ int main(int argc, char** argv) {
                 print_manual(nullptr, l_args.has(k_opt_html));
                 return k_exit_ok;
             }
+            user_error("no command given");
             std::fprintf(stderr, "usage: nubase COMMAND [OPTIONS] [ARGUMENTS]\ncommands:");
             for (const command& l_command : commands())
                 std::fprintf(stderr, " %s", l_command.name);
@@ -109,3 +186,6 @@ int main(int argc, char** argv) {
         return user_error(e.what());
     }
 }
+
+}  // namespace
+}  // namespace nubase_tool

@@ -1,4 +1,7 @@
 // The manual pages, written through the library's help formatter.
+#include <unistd.h>
+
+#include <cstdlib>
 #include <string>
 
 #include "nubase/optparser.hpp"
@@ -12,6 +15,14 @@ const char k_exit_codes[] =
     "(an unknown option, a bad value, a missing or unreadable file) or a malformed file, with "
     "one line on standard error that begins with !Q!***!QE!. !S!run!SE! exits with the status "
     "of the program it ran.";
+
+// Attributes and cursor moves only for a terminal that shows them: standard output is a
+// terminal, NO_COLOR is unset and TERM is not "dumb".
+bool attributes_wanted() {
+    const char* l_term = std::getenv("TERM");
+    return isatty(STDOUT_FILENO) && std::getenv("NO_COLOR") == nullptr &&
+           !(l_term != nullptr && std::string(l_term) == "dumb");
+}
 
 void section(nubase::arg::optparser& a_parser, const char* a_title) {
     a_parser.add_desc_indent1(a_title);
@@ -41,8 +52,10 @@ void print_manual(const command* a_command, bool a_html) {
     l_parser.add_opt(k_opt_html, "html", 0, 0);
     if (a_html) {
         l_parser.set_html_output();
-    } else {
+    } else if (attributes_wanted()) {
         l_parser.set_max_text_line_width();
+    } else {
+        l_parser.set_plain_output();
     }
 
     section(l_parser, "NAME");

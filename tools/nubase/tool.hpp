@@ -53,6 +53,8 @@ struct command {
     void (*describe)(nubase::arg::optparser& a_parser);
     // Runs the command; returns the exit code.
     int (*run)(const arguments& a_args);
+    // The most free arguments the command takes; more are refused before it runs.
+    unsigned max_free = ~0u;
 };
 
 // The command table, in the order the manual lists them.
