@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdio>
 #include <string>
+#include <utility>
 
 #include "labels.hpp"
 #include "media/movie_writer.hpp"
@@ -91,13 +92,20 @@ int run_demo(const arguments&) {
     }
     if (!l_work.shown()) return user_error("demo: the worker's call did not arrive");
 
-    const char* const l_typed[] = {"/Volumes/Media/Day 1/clip 01.mov",
-                                   "\\\\fileserver\\media\\Day 1\\clip 01.mov",
-                                   "C:\\Media\\Day 1\\clip 01.mov"};
-    for (const char* l_name : l_typed) {
+    // Each typed name becomes a URL and comes back in the form a peer on another platform would
+    // use; what each conversion does is the library's documented rule, said beside it.
+    const std::pair<const char*, const char*> l_typed[] = {
+        {"/Volumes/Media/Day 1/clip 01.mov",
+         "a file URL without a host comes back with its leading / dropped and backslashes: the "
+         "volume name leads"},
+        {"\\\\fileserver\\media\\Day 1\\clip 01.mov",
+         "a UNC path becomes an smb URL and comes back with the host in capitals"},
+        {"C:\\Media\\Day 1\\clip 01.mov",
+         "a drive path becomes a file URL and comes back as it was"}};
+    for (const auto& [l_name, l_rule] : l_typed) {
         const std::string l_url = nubase::url_create_from_url_or_path(l_name, "/");
-        std::printf("road 2: typed \"%s\" -> %s -> %s\n", l_name, l_url.c_str(),
-                    nubase::url_extract_to_unc_or_windows_path(l_url).c_str());
+        std::printf("road 2: typed \"%s\" -> %s -> %s (%s)\n", l_name, l_url.c_str(),
+                    nubase::url_extract_to_unc_or_windows_path(l_url).c_str(), l_rule);
     }
     return k_exit_ok;
 }

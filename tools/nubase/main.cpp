@@ -111,8 +111,9 @@ int run_command(const command& a_command, int a_argc, char** a_argv) {
     }
     if (l_args.m_free.size() > a_command.max_free) {
         return user_error(std::string(a_command.name) + " takes " +
-                          (a_command.max_free == 0 ? std::string("no arguments")
-                                                   : "at most " + std::to_string(a_command.max_free)) +
+                          (a_command.max_free == 0
+                               ? std::string("no arguments")
+                               : "at most " + std::to_string(a_command.max_free)) +
                           " (see 'nubase " + a_command.name + " --help')");
     }
     return a_command.run(l_args);
