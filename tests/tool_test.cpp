@@ -392,9 +392,9 @@ TEST_F(Tool, ScanListsStartCodeOffsets) {
     EXPECT_EQ("0\n17\n4096\n9997\n", run({"scan", file}).out);
     stream.replace(100, 4, std::string("\0\0\1\xb3", 4));
     write("es.bin", stream);
-    EXPECT_EQ("100\n", run({"scan", file, "--code", "000001b3", "--bits", "32"}).out);
+    EXPECT_EQ("100\n", run({"scan", file, "--code", "000001b3"}).out);  // 32 bits from 8 digits
     EXPECT_EQ(2, run({"scan", file, "--bits", "40"}).code);
-    EXPECT_EQ(2, run({"scan", file, "--code", "1ffffff"}).code);
+    EXPECT_EQ(2, run({"scan", file, "--code", "1ffffff", "--bits", "24"}).code);
 }
 
 TEST_F(Tool, RunRelaysOutputAndStatus) {

@@ -1,4 +1,5 @@
 // The media commands: tc (timecode calculator) and scan (start codes).
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
@@ -129,6 +130,13 @@ int run_scan(const arguments& a_args) {
     if (a_args.has('b') && (!parse_count(a_args.value('b'), l_bits) || l_bits < 8 || l_bits > 32)) {
         return user_error("--bits takes a number from 8 to 32");
     }
+    if (a_args.has('c') && !a_args.has('b')) {
+        // Without --bits the width is that of the digits given: "00000001" is 32 bits.
+        std::string l_digits = a_args.value('c');
+        if (l_digits.size() > 2 && l_digits[0] == '0' && (l_digits[1] == 'x' || l_digits[1] == 'X'))
+            l_digits.erase(0, 2);
+        l_bits = std::max<std::uint64_t>(8, std::min<std::uint64_t>(32, 4 * l_digits.size()));
+    }
     if (a_args.has('c')) {
         if (!parse_count(a_args.value('c'), l_code, 16) || l_code >> l_bits != 0) {
             return user_error("invalid start code '" + a_args.value('c') + "' for " +
@@ -183,8 +191,10 @@ void declare_scan(nubase::arg::optparser& a_parser) {
 }
 
 void describe_scan(nubase::arg::optparser& a_parser) {
-    describe_options(a_parser, {{'c', "The start code in hex (default 000001)."},
-                                {'b', "Its width in bits, 8 to 32 (default 24)."}});
+    describe_options(a_parser,
+                     {{'c', "The start code in hex (default 000001)."},
+                      {'b', "Its width in bits, 8 to 32 (default: four bits for each hex digit of "
+                            "--code, 24 without it)."}});
 }
 
 }  // namespace nubase_tool
