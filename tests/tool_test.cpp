@@ -202,6 +202,17 @@ TEST_F(Tool, ProbeListsEveryTimecodeTrack) {
     expect_one_error_line(got.err);
 }
 
+// The README's sample movie is what the movie writer makes of this layout, byte for byte.
+TEST_F(Tool, SampleMovieIsTheWritersOutput) {
+    nubase_tool::movie_layout layout;
+    layout.second_track = true;
+    layout.second_first_frame = 107892 + 30;
+    layout.reel = "A001C003";
+    layout.duration_frames = 300;
+    EXPECT_EQ(to_string(nubase_tool::write_movie(layout)),
+              slurp(std::string(NUBASE_EXAMPLES_DIR) + "/clip.mov"));
+}
+
 // Wrong answers with a success status are gone: incomplete, inconsistent and foreign input.
 TEST_F(Tool, ProbeRefusesWhatItCannotReadExactly) {
     nubase_tool::movie_layout last;
