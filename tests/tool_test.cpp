@@ -464,6 +464,32 @@ TEST_F(Tool, ManualPagesAndUsageErrors) {
     EXPECT_EQ("nubase 0.1.0\n", run({"-V"}).out);
     EXPECT_EQ("00:00:00:01\n", run({"tc", "00:00:00:00", "--rate=25", "--add=1"}).out);
 
+    // The man page renders without a warning and names every command; the completion script
+    // is valid bash; the HTML page is well formed (Python's own parser checks its nesting).
+    write("nubase.1", run({"--roff"}).out);
+    EXPECT_EQ(0, std::system(("groff -ww -man -Tutf8 -P-cbou " + path("nubase.1") + " > " +
+                              path("man.txt") + " 2> " + path("warnings")).c_str()));
+    EXPECT_EQ("", slurp(path("warnings")));
+    const std::string man = slurp(path("man.txt"));
+    for (const char* name : {"\n   probe\n", "\n   retc\n", "\n   demo\n", "--from-tmcd VALUE"})
+        EXPECT_NE(std::string::npos, man.find(name)) << name;
+    write("nubase.bash", run({"--bash-completion"}).out);
+    EXPECT_EQ(0, std::system(("bash -n " + path("nubase.bash")).c_str()));
+    write("page.html", run({"probe", "--help", "--html"}).out);
+    write("check.py",
+          "import html.parser, sys\n"
+          "class Check(html.parser.HTMLParser):\n"
+          "    def __init__(self):\n"
+          "        super().__init__(); self.open = []; self.seen = set()\n"
+          "    def handle_starttag(self, tag, attrs):\n"
+          "        self.seen.add(tag)\n"
+          "        if tag != 'meta': self.open.append(tag)\n"
+          "    def handle_endtag(self, tag):\n"
+          "        assert self.open.pop() == tag, tag\n"
+          "c = Check(); c.feed(open(sys.argv[1]).read()); c.close()\n"
+          "assert not c.open and {'html', 'head', 'title', 'style', 'body', 'h3'} <= c.seen\n");
+    EXPECT_EQ(0, std::system(("python3 " + path("check.py") + " " + path("page.html")).c_str()));
+
     // Every user error is one "*** " line and status 2.
     const std::pair<std::vector<std::string>, const char*> errors[] = {
         {{"frobnicate"}, "*** no such command `frobnicate' (see 'nubase --help')\n"},

@@ -168,21 +168,20 @@ void declare_tc(nubase::arg::optparser& a_parser) {
     a_parser.add_opt(k_from_tmcd, "from-tmcd", 1, 1);
 }
 
-void describe_tc(nubase::arg::optparser& a_parser) {
-    describe_options(
-        a_parser,
-        {{k_rate,
-          "The rate: 23.976, 24, 25, 29.97, 30, 48, 50, 59.94, 60, 100 or 120. The default is 29.97 for "
-          "a timecode written with !Q!;!QE! before the frames, 25 otherwise. 29.97 and "
-          "59.94 count in drop-frame when the timecode is written with !Q!;!QE!."},
-         {k_add, "Add N frames."},
-         {k_sub, "Subtract N frames."},
-         {k_frames, "Also print the frame number of the result (real frames from 00:00:00:00)."},
-         {k_tmcd, "Also print the result as a QuickTime tmcd value."},
-         {k_from_frames, "Start from frame number N instead of a timecode."},
-         {k_from_tmcd,
-          "Start from a QuickTime tmcd value in hex (its drop flag chooses "
-          "drop-frame)."}});
+option_texts describe_tc() {
+    return {{k_rate,
+             "The rate: 23.976, 24, 25, 29.97, 30, 48, 50, 59.94, 60, 100 or 120. The default is "
+             "29.97 for "
+             "a timecode written with !Q!;!QE! before the frames, 25 otherwise. 29.97 and "
+             "59.94 count in drop-frame when the timecode is written with !Q!;!QE!."},
+            {k_add, "Add N frames."},
+            {k_sub, "Subtract N frames."},
+            {k_frames, "Also print the frame number of the result (real frames from 00:00:00:00)."},
+            {k_tmcd, "Also print the result as a QuickTime tmcd value."},
+            {k_from_frames, "Start from frame number N instead of a timecode."},
+            {k_from_tmcd,
+             "Start from a QuickTime tmcd value in hex (its drop flag chooses "
+             "drop-frame)."}};
 }
 
 void declare_scan(nubase::arg::optparser& a_parser) {
@@ -190,11 +189,11 @@ void declare_scan(nubase::arg::optparser& a_parser) {
     a_parser.add_opt('b', "bits", 1, 1);
 }
 
-void describe_scan(nubase::arg::optparser& a_parser) {
-    describe_options(a_parser,
-                     {{'c', "The start code in hex (default 000001)."},
-                      {'b', "Its width in bits, 8 to 32 (default: four bits for each hex digit of "
-                            "--code, 24 without it)."}});
+option_texts describe_scan() {
+    return {{'c', "The start code in hex (default 000001)."},
+            {'b',
+             "Its width in bits, 8 to 32 (default: four bits for each hex digit of "
+             "--code, 24 without it)."}};
 }
 
 }  // namespace nubase_tool

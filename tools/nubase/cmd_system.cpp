@@ -47,11 +47,10 @@ void declare_run(nubase::arg::optparser& a_parser) {
     a_parser.add_opt('i', "input", 1, 1);
 }
 
-void describe_run(nubase::arg::optparser& a_parser) {
-    describe_options(
-        a_parser,
-        {{'i',
-          "Text to write to the program's standard input (default: none; its input is closed)."}});
+option_texts describe_run() {
+    return {
+        {'i',
+         "Text to write to the program's standard input (default: none; its input is closed)."}};
 }
 
 // ---- sysinfo ----------------------------------------------------------------------------------

@@ -159,14 +159,14 @@ void declare_url(nubase::arg::optparser& a_parser) {
     a_parser.add_opt('b', "base", 1, 1);
 }
 
-void describe_url(nubase::arg::optparser& a_parser) {
-    describe_options(
-        a_parser,
-        {{'b',
-          "The directory that a relative path is taken from (default: the working directory)."}});
+option_texts describe_url() {
+    return {{'b',
+             "The directory that a relative path is taken from (default: the working directory)."}};
 }
 
 void declare_none(nubase::arg::optparser&) {}
-void describe_none(nubase::arg::optparser&) {}
+option_texts describe_none() {
+    return {};
+}
 
 }  // namespace nubase_tool

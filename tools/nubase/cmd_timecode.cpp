@@ -222,20 +222,18 @@ void declare_probe(nubase::arg::optparser& a_parser) {
     a_parser.add_opt(k_json, "json", 0, 0);
 }
 
-void describe_probe(nubase::arg::optparser& a_parser) {
-    describe_options(
-        a_parser,
-        {{k_json,
-          "Print one JSON document for all files: an array with one object per file, "
-          "!Q!{\"file\", \"tracks\", \"error\"}!QE!. Each track has !Q!track_id!QE!, "
-          "!Q!video_track_ids!QE! (the video tracks that reference it), !Q!enabled!QE!, "
-          "!Q!start!QE! and !Q!end!QE! (the label of the first frame and of the first frame "
-          "after the track; null for a counter track), !Q!duration_frames!QE!, !Q!rate!QE! "
-          "(time scale / frame duration, reduced), !Q!fps!QE! (the nominal frames a second), "
-          "!Q!drop_frame!QE!, !Q!max_24h!QE!, !Q!negative!QE!, !Q!counter!QE!, !Q!reel!QE! "
-          "(null without a reel name) and !Q!sample_value!QE! (the 32-bit frame counter stored "
-          "in the first sample, not the packed form of !Q!tc --tmcd!QE!). A file that failed "
-          "has its message in !Q!error!QE!."}});
+option_texts describe_probe() {
+    return {{k_json,
+             "Print one JSON document for all files: an array with one object per file, "
+             "!Q!{\"file\", \"tracks\", \"error\"}!QE!. Each track has !Q!track_id!QE!, "
+             "!Q!video_track_ids!QE! (the video tracks that reference it), !Q!enabled!QE!, "
+             "!Q!start!QE! and !Q!end!QE! (the label of the first frame and of the first frame "
+             "after the track; null for a counter track), !Q!duration_frames!QE!, !Q!rate!QE! "
+             "(time scale / frame duration, reduced), !Q!fps!QE! (the nominal frames a second), "
+             "!Q!drop_frame!QE!, !Q!max_24h!QE!, !Q!negative!QE!, !Q!counter!QE!, !Q!reel!QE! "
+             "(null without a reel name) and !Q!sample_value!QE! (the 32-bit frame counter stored "
+             "in the first sample, not the packed form of !Q!tc --tmcd!QE!). A file that failed "
+             "has its message in !Q!error!QE!."}};
 }
 
 void declare_retc(nubase::arg::optparser& a_parser) {
@@ -243,11 +241,11 @@ void declare_retc(nubase::arg::optparser& a_parser) {
     a_parser.add_opt(k_dry_run, "dry-run", 0, 0);
 }
 
-void describe_retc(nubase::arg::optparser& a_parser) {
-    describe_options(a_parser, {{k_track,
-                                 "The track id of the timecode track to restamp; needed when the "
-                                 "file has several."},
-                                {k_dry_run, "Print what would change and write nothing."}});
+option_texts describe_retc() {
+    return {{k_track,
+             "The track id of the timecode track to restamp; needed when the "
+             "file has several."},
+            {k_dry_run, "Print what would change and write nothing."}};
 }
 
 }  // namespace nubase_tool

@@ -5,19 +5,19 @@ namespace nubase_tool {
 
 // Option declarations and descriptions, with each command.
 void declare_none(nubase::arg::optparser&);
-void describe_none(nubase::arg::optparser&);
+option_texts describe_none();
 void declare_probe(nubase::arg::optparser&);
-void describe_probe(nubase::arg::optparser&);
+option_texts describe_probe();
 void declare_retc(nubase::arg::optparser&);
-void describe_retc(nubase::arg::optparser&);
+option_texts describe_retc();
 void declare_tc(nubase::arg::optparser&);
-void describe_tc(nubase::arg::optparser&);
+option_texts describe_tc();
 void declare_scan(nubase::arg::optparser&);
-void describe_scan(nubase::arg::optparser&);
+option_texts describe_scan();
 void declare_url(nubase::arg::optparser&);
-void describe_url(nubase::arg::optparser&);
+option_texts describe_url();
 void declare_run(nubase::arg::optparser&);
-void describe_run(nubase::arg::optparser&);
+option_texts describe_run();
 
 const std::vector<command>& commands() {
     static const std::vector<command> s_commands = {

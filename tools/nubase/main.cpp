@@ -159,7 +159,17 @@ int dispatch(int argc, char** argv) {
             arguments l_args;
             nubase::arg::optparser l_parser(&l_args);
             declare_common(l_parser);
+            l_parser.add_opt(k_opt_roff, "roff", 0, 0);
+            l_parser.add_opt(k_opt_completion, "bash-completion", 0, 0);
             if (!l_parser.parse(static_cast<unsigned>(argc), argv)) return k_exit_usage;
+            if (l_args.has(k_opt_roff)) {
+                print_roff_manual();
+                return k_exit_ok;
+            }
+            if (l_args.has(k_opt_completion)) {
+                print_bash_completion();
+                return k_exit_ok;
+            }
             if (l_args.has(k_opt_help)) {
                 print_manual(nullptr, l_args.has(k_opt_html));
                 return k_exit_ok;

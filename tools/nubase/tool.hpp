@@ -24,9 +24,12 @@ constexpr int k_exit_ok = 0;
 constexpr int k_exit_not_found = 1;
 constexpr int k_exit_usage = 2;
 
-// Option ids shared by every command: --help (-h) and --html.
+// Option ids shared by every command: --help (-h) and --html; and the tool's own --roff and
+// --bash-completion, which write the installed manual page and completion script.
 constexpr int k_opt_help = 'h';
 constexpr int k_opt_html = -100;
+constexpr int k_opt_roff = -101;
+constexpr int k_opt_completion = -102;
 
 // Collects a parse: free arguments in order, and each option's arguments (the last occurrence
 // wins). Consumes everything it is given.
@@ -42,6 +45,9 @@ class arguments : public nubase::arg::opt_functor {
     std::map<int, std::vector<std::string>> m_options;
 };
 
+// Option ids with their descriptions, the one source of --help, the man page and completion.
+using option_texts = std::vector<std::pair<int, const char*>>;
+
 struct command {
     const char* name;
     const char* synopsis;     // "probe FILE..."
@@ -49,8 +55,8 @@ struct command {
     const char* description;  // the DESCRIPTION paragraph, with the formatter's "!" markup
     // Declares the command's own options (--help and --html are declared for every command).
     void (*declare)(nubase::arg::optparser& a_parser);
-    // Describes them with `add_desc(id, text)` in the OPTIONS section.
-    void (*describe)(nubase::arg::optparser& a_parser);
+    // Their descriptions, in the order the manual lists them (with the formatter's "!" markup).
+    option_texts (*describe)();
     // Runs the command; returns the exit code.
     int (*run)(const arguments& a_args);
     // The most free arguments the command takes; more are refused before it runs.
@@ -64,11 +70,14 @@ const std::vector<command>& commands();
 int user_error(const std::string& a_message);
 
 // Describes options in the OPTIONS section: `add_desc(id, text)` and a paragraph break each.
-void describe_options(nubase::arg::optparser& a_parser,
-                      std::initializer_list<std::pair<int, const char*>> a_options);
+void describe_options(nubase::arg::optparser& a_parser, const option_texts& a_options);
 
 // Writes the manual page of the tool (null command) or of one command, fitted to the terminal.
 void print_manual(const command* a_command, bool a_html);
+// The manual page of the tool and every command as roff (the installed nubase.1).
+void print_roff_manual();
+// A bash completion script for the commands and their options.
+void print_bash_completion();
 
 // The commands.
 int run_probe(const arguments& a_args);
