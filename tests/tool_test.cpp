@@ -390,6 +390,31 @@ TEST_F(Tool, CodersStreamBothWays) {
     EXPECT_EQ(2, odd.code);
     EXPECT_THAT(odd.err, StartsWith("*** "));
     EXPECT_EQ(2, run({"base64", "sideways"}).code);
+
+    // Strict decoding names the first bad byte of the input; --lenient decodes as the library.
+    const std::pair<std::vector<std::string>, std::string> refused[] = {
+        {{"hex", "decode"}, "zz"},    {{"base64", "decode"}, "@@@@"},
+        {{"base64", "decode"}, "QUJD\nR=E="}, {{"base64", "decode"}, "QQ==QQ=="}};
+    const char* const offsets[] = {"byte 0", "byte 0", "byte 6", "byte 4"};
+    for (std::size_t i = 0; i < 4; ++i) {
+        const result got = run(refused[i].first, refused[i].second);
+        EXPECT_EQ(2, got.code);
+        EXPECT_EQ("", got.out);
+        EXPECT_THAT(got.err, HasSubstr(std::string(": ") + offsets[i] + " ")) << refused[i].second;
+    }
+    EXPECT_EQ("\xff", run({"hex", "decode", "--lenient"}, "zz").out);
+    // The same text as coreutils, wrapped or not, and back.
+    const std::string sample = data.substr(0, 1000);
+    write("sample.bin", sample);
+    for (const char* columns : {"0", "76"}) {
+        EXPECT_EQ(0, std::system(("base64 -w " + std::string(columns) + " " + path("sample.bin") +
+                                  " > " + path("coreutils.b64")).c_str()));
+        std::string expected = slurp(path("coreutils.b64"));
+        if (expected.back() != '\n') expected += '\n';  // ours always ends its last line
+        EXPECT_EQ(expected,
+                  run({"base64", "encode", std::string("--wrap=") + columns, path("sample.bin")}).out);
+        EXPECT_TRUE(run({"base64", "decode", path("coreutils.b64")}).out == sample);
+    }
     const result missing = run({"hex", "encode", path("none")});
     EXPECT_EQ(2, missing.code);
     EXPECT_THAT(missing.err, HasSubstr(path("none")));

@@ -1,7 +1,10 @@
 // The text commands: url (typed names to URLs and back) and the base64 and hex coders.
 #include <unistd.h>
 
+#include <algorithm>
+#include <cctype>
 #include <cerrno>
+#include <cstdlib>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -46,6 +49,8 @@ int run_url(const arguments& a_args) {
 
 namespace {
 
+enum coding_option { k_lenient = -30, k_wrap = 'w' };
+
 // Standard input or a file, read in whole blocks.
 class input {
   public:
@@ -89,41 +94,100 @@ bool is_blank(unsigned char a_c) {
     return a_c == ' ' || a_c == '\n' || a_c == '\r' || a_c == '\t';
 }
 
-// Streams the input through `code` in blocks of a multiple of `unit` bytes, so that any size runs
-// in constant memory. Decoding drops blanks and line breaks first and leaves a partial unit for
-// the next block; the library's coder decides what the last, possibly short, unit means.
-template <class Code>
-int stream_coding(const arguments& a_args, std::size_t a_unit, bool a_decode, Code a_code) {
-    if (a_args.m_free.size() != 2 && a_args.m_free.size() != 1) {
-        return user_error("expected encode or decode and an optional file");
+// Checks text to decode strictly, one character at a time, before the library decodes it
+// leniently: base64 letters with at most two '=' that end the text, or hex digits.
+class strict_text {
+  public:
+    explicit strict_text(bool a_base64) : m_base64(a_base64) {}
+
+    // Whether `c`, the next character that is not blank, may stand here.
+    bool accept(unsigned char a_c) {
+        const std::size_t l_position = m_count++ % 4;
+        if (!m_base64) return std::isxdigit(a_c) != 0;
+        if (a_c == '=')
+            return l_position >= 2 && ++m_padding <= 2 && (m_padding == 1 || l_position == 3);
+        return m_padding == 0 && (std::isalnum(a_c) != 0 || a_c == '+' || a_c == '/');
     }
-    input l_in(a_args.m_free.size() == 2 ? a_args.m_free[1] : "");
-    const std::size_t l_block = a_unit * 21846;  // about 64 KiB of input
-    std::vector<unsigned char> l_data(l_block + a_unit);
-    std::size_t l_kept = 0;  // decoding: characters carried to the next block
+
+  private:
+    bool m_base64;
+    std::size_t m_count = 0, m_padding = 0;
+};
+
+struct coding_options {
+    std::size_t unit;  // input bytes coded as a whole
+    bool decode;
+    bool strict;  // decoding: refuse what is not valid text
+    bool base64;
+    std::size_t columns;  // encoding: wrap the text at this many columns; 0 does not wrap
+};
+
+// Writes encoded text wrapped at `columns` (0: not at all), carrying the column across blocks.
+void write_wrapped(const nubase::buffer& a_text, std::size_t a_columns, std::size_t& a_column) {
+    const unsigned char* l_p = a_text.data();
+    std::size_t l_left = a_text.size();
+    while (l_left != 0) {
+        const std::size_t l_n = a_columns == 0 ? l_left : std::min(l_left, a_columns - a_column);
+        write_out(l_p, l_n);
+        l_p += l_n;
+        l_left -= l_n;
+        a_column += l_n;
+        if (a_columns != 0 && a_column == a_columns) {
+            write_out(reinterpret_cast<const unsigned char*>("\n"), 1);
+            a_column = 0;
+        }
+    }
+}
+
+// Streams the input through `code` in blocks of a multiple of `unit` bytes, so that any size runs
+// in constant memory. Decoding drops blanks and line breaks first (checking each character when
+// strict) and leaves a partial unit for the next block; the library's coder decides what the
+// last, possibly short, unit means.
+template <class Code>
+int stream_coding(const std::string& a_path, const coding_options& a_o, Code a_code) {
+    input l_in(a_path);
+    const std::size_t l_block = a_o.unit * 21846;  // about 64 KiB of input
+    std::vector<unsigned char> l_data(l_block + a_o.unit);
+    std::size_t l_kept = 0;    // decoding: characters carried to the next block
+    std::size_t l_offset = 0;  // input bytes read before this block
+    std::size_t l_column = 0;
+    strict_text l_check(a_o.base64);
     bool l_any = false;
     for (;;) {
-        std::size_t l_count = l_in.fill(l_data.data() + l_kept, l_block) + l_kept;
-        const bool l_end = l_count < l_block + l_kept;
-        if (a_decode) {
-            std::size_t l_used = 0;
-            for (std::size_t l_index = 0; l_index < l_count; ++l_index) {
-                if (!is_blank(l_data[l_index])) l_data[l_used++] = l_data[l_index];
+        const std::size_t l_read = l_in.fill(l_data.data() + l_kept, l_block);
+        std::size_t l_count = l_read + l_kept;
+        const bool l_end = l_read < l_block;
+        if (a_o.decode) {
+            std::size_t l_used = l_kept;
+            for (std::size_t l_index = l_kept; l_index < l_count; ++l_index) {
+                const unsigned char l_c = l_data[l_index];
+                if (is_blank(l_c)) continue;
+                if (a_o.strict && !l_check.accept(l_c)) {
+                    return user_error("not " + std::string(a_o.base64 ? "base64" : "hex") +
+                                      " text: byte " + std::to_string(l_offset + l_index - l_kept) +
+                                      " (use --lenient to decode it anyway)");
+                }
+                l_data[l_used++] = l_c;
             }
             l_count = l_used;
         }
-        const std::size_t l_whole = l_end ? l_count : l_count - l_count % a_unit;
+        l_offset += l_read;
+        const std::size_t l_whole = l_end ? l_count : l_count - l_count % a_o.unit;
         if (l_whole != 0) {
             const nubase::buffer l_out = a_code(l_data.data(), l_whole);
-            write_out(l_out.data(), l_out.size());
+            if (a_o.decode) {
+                write_out(l_out.data(), l_out.size());
+            } else {
+                write_wrapped(l_out, a_o.columns, l_column);
+            }
             l_any = true;
         }
         l_kept = l_count - l_whole;
         std::memmove(l_data.data(), l_data.data() + l_whole, l_kept);
         if (l_end) break;
     }
-    if (!a_decode && l_any) write_out(reinterpret_cast<const unsigned char*>("\n"), 1);
-    std::fflush(stdout);
+    if (!a_o.decode && l_any && (a_o.columns == 0 || l_column != 0))
+        write_out(reinterpret_cast<const unsigned char*>("\n"), 1);
     return k_exit_ok;
 }
 
@@ -132,16 +196,29 @@ int run_coder(const arguments& a_args, const char* a_name, std::size_t a_encode_
               nubase::buffer (*a_encode)(const unsigned char*, unsigned long long),
               nubase::buffer (*a_decode)(const unsigned char*, unsigned long long)) {
     const std::string l_verb = a_args.m_free.empty() ? "" : a_args.m_free[0];
+    if ((l_verb != "encode" && l_verb != "decode") || a_args.m_free.size() > 2) {
+        return user_error(std::string(a_name) + " takes encode or decode and an optional file " +
+                          "(see 'nubase " + a_name + " --help')");
+    }
+    const bool l_base64 = std::string(a_name) == "base64";
+    coding_options l_o{l_verb == "encode" ? a_encode_unit : a_decode_unit, l_verb == "decode",
+                       !a_args.has(k_lenient), l_base64, 0};
+    if (a_args.has(k_wrap)) {
+        char* l_end = nullptr;
+        const unsigned long l_columns = std::strtoul(a_args.value(k_wrap).c_str(), &l_end, 10);
+        if (a_args.value(k_wrap).empty() || *l_end != '\0' || l_columns > 1000000)
+            return user_error("--wrap takes a number of columns (0: no wrapping)");
+        l_o.columns = l_columns;
+    }
+    const std::string l_path = a_args.m_free.size() == 2 ? a_args.m_free[1] : "";
     try {
-        if (l_verb == "encode") return stream_coding(a_args, a_encode_unit, false, a_encode);
-        if (l_verb == "decode") return stream_coding(a_args, a_decode_unit, true, a_decode);
+        return l_o.decode ? stream_coding(l_path, l_o, a_decode)
+                          : stream_coding(l_path, l_o, a_encode);
     } catch (const nubase::es::arg&) {
-        return user_error(std::string("the input is not ") + a_name + " text (wrong length)");
+        return user_error(std::string("not ") + a_name + " text: its length is not whole");
     } catch (const nubase::es::base& e) {
         return user_error(e.what());
     }
-    return user_error(std::string(a_name) + " takes encode or decode (see 'nubase " + a_name +
-                      " --help')");
 }
 
 }  // namespace
@@ -153,6 +230,31 @@ int run_base64(const arguments& a_args) {
 
 int run_hex(const arguments& a_args) {
     return run_coder(a_args, "hex", 1, 2, &nubase::buffer_encode_hex, &nubase::buffer_decode_hex);
+}
+
+void declare_coder(nubase::arg::optparser& a_parser) {
+    a_parser.add_opt(k_lenient, "lenient", 0, 0);
+    a_parser.add_opt(k_wrap, "wrap", 1, 1);
+}
+
+option_texts describe_base64() {
+    return {{k_wrap,
+             "Encoding: wrap the text into lines of COLS characters (76 as in MIME); 0, "
+             "the default, writes one line."},
+            {k_lenient,
+             "Decoding: decode whatever the input holds, as the library does (a "
+             "character that is not base64 counts as 0); without it a character that "
+             "is not base64, or '=' anywhere but at the end, is refused with its "
+             "offset."}};
+}
+
+option_texts describe_hex() {
+    return {{k_wrap,
+             "Encoding: wrap the digits into lines of COLS characters; 0, the default, "
+             "writes one line."},
+            {k_lenient,
+             "Decoding: decode whatever the input holds, as the library does; without "
+             "it a character that is not a hex digit is refused with its offset."}};
 }
 
 void declare_url(nubase::arg::optparser& a_parser) {

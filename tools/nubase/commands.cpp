@@ -16,6 +16,9 @@ void declare_scan(nubase::arg::optparser&);
 option_texts describe_scan();
 void declare_url(nubase::arg::optparser&);
 option_texts describe_url();
+void declare_coder(nubase::arg::optparser&);
+option_texts describe_base64();
+option_texts describe_hex();
 void declare_run(nubase::arg::optparser&);
 option_texts describe_run();
 
@@ -60,14 +63,19 @@ const std::vector<command>& commands() {
          "drive path, a UNC path, or a URL) into a URL and prints its parts (the password "
          "masked), its Windows or UNC form and the native path.",
          &declare_url, &describe_url, &run_url},
-        {"base64", "base64 encode|decode [FILE]", "base64 coding of standard input or a file",
+        {"base64", "base64 encode|decode [--wrap COLS] [--lenient] [FILE]",
+         "base64 coding of standard input or a file",
          "Encodes or decodes standard input (or FILE) to standard output in blocks, in constant "
-         "memory. Decoding ignores blanks and line breaks.",
-         &declare_none, &describe_none, &run_base64},
-        {"hex", "hex encode|decode [FILE]", "hexadecimal coding of standard input or a file",
+         "memory. Decoding ignores blanks and line breaks anywhere, and refuses text that is not "
+         "base64 (status 2, naming the offset of the first bad character; nothing is written "
+         "after it) unless !S!--lenient!SE! is given.",
+         &declare_coder, &describe_base64, &run_base64, 2},
+        {"hex", "hex encode|decode [--wrap COLS] [--lenient] [FILE]",
+         "hexadecimal coding of standard input or a file",
          "Encodes or decodes standard input (or FILE) to standard output in blocks, in constant "
-         "memory. Decoding ignores blanks and line breaks.",
-         &declare_none, &describe_none, &run_hex},
+         "memory. Decoding ignores blanks and line breaks anywhere, and refuses a character that "
+         "is not a hex digit (status 2, naming its offset) unless !S!--lenient!SE! is given.",
+         &declare_coder, &describe_hex, &run_hex, 2},
         {"scan", "scan FILE [--code HEX] [--bits N]", "the offsets of start codes in a file",
          "Lists the byte offset of every byte-aligned start code (by default 00 00 01) in FILE, "
          "one a line.",
