@@ -51,12 +51,14 @@ const std::vector<command>& commands() {
          "nominal rate, 24 hours or more on a 24-hour track).",
          &declare_retc, &describe_retc, &run_retc, 2},
         {"tc",
-         "tc TIMECODE [--rate R] [--add N | --sub N] [--frames] [--tmcd] [--from-frames N] "
-         "[--from-tmcd HEX]",
+         "tc TIMECODE [--rate R] [--df | --ndf] [--add N | --sub N | --minus TIMECODE2] "
+         "[--frames] [--tmcd] [--from-frames N] [--from-tmcd HEX]",
          "a SMPTE timecode calculator",
-         "Prints a timecode after adding or subtracting frames. Drop-frame counting is exact: "
-         "at 29.97 and 59.94 the labels skipped at each minute but every tenth never appear. "
-         "Example: !S!nubase tc 00:00:59;29 --rate 29.97 --add 1!SE! prints 00:01:00;02.",
+         "Prints a timecode after adding or subtracting frames, or the distance between two "
+         "timecodes. Drop-frame counting is exact: at 29.97 and 59.94 the labels skipped at each "
+         "minute but every tenth never appear. The rate is !S!--rate!SE!, else 29.97 for a "
+         "timecode written with !Q!;!QE! before the frames, else 25. Example: "
+         "!S!nubase tc '00:00:59;29' --rate 29.97 --add 1!SE! prints 00:01:00;02.",
          &declare_tc, &describe_tc, &run_tc},
         {"url", "url INPUT [--base DIR]", "a typed path or URL as a URL and a Windows or UNC path",
          "Turns a typed name (an absolute or relative path, ~ for the home directory, a Windows "

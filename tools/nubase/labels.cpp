@@ -1,6 +1,7 @@
 // Timecode labels as a user types and reads them; the arithmetic is the library's.
 #include "labels.hpp"
 
+#include <cctype>
 #include <cstdio>
 #include <cstdlib>
 
@@ -90,8 +91,15 @@ bool parse_label(const std::string& a_text, label& a_label, bool& a_semicolon) {
 
 bool rate_with_text(const std::string& a_text, bool a_drop, label_rate& a_rate) {
     char* l_end = nullptr;
-    const double l_value = std::strtod(a_text.c_str(), &l_end);
-    if (a_text.empty() || *l_end != '\0') return false;
+    double l_value = std::strtod(a_text.c_str(), &l_end);
+    if (a_text.empty() || std::isspace(static_cast<unsigned char>(a_text[0]))) return false;
+    if (*l_end == '/') {  // a fraction: "30000/1001"
+        const char* l_denominator = l_end + 1;
+        const double l_divisor = std::strtod(l_denominator, &l_end);
+        if (l_end == l_denominator || !(l_divisor > 0)) return false;
+        l_value /= l_divisor;
+    }
+    if (*l_end != '\0') return false;
     struct known {
         double value;
         unsigned nominal;
@@ -113,6 +121,36 @@ bool rate_with_text(const std::string& a_text, bool a_drop, label_rate& a_rate) 
         }
     }
     return false;
+}
+
+const char k_rate_text[] =
+    "The rate: 23.976, 24, 25, 29.97, 30, 48, 50, 59.94, 60, 100 or 120 frames a second, also as a "
+    "fraction (!Q!30000/1001!QE!, !Q!25/1!QE!).";
+const char k_df_text[] =
+    "At 29.97 and 59.94, count in drop-frame (the default). A typed timecode's separator decides "
+    "by itself: !Q!;!QE! drop-frame, !Q!:!QE! non-drop; an option that contradicts it is an error.";
+const char k_ndf_text[] = "At 29.97 and 59.94, count every label (non-drop).";
+
+std::string rate_with_options(const std::string& a_text, bool a_df, bool a_ndf, drop_choice a_typed,
+                              label_rate& a_rate) {
+    if (a_df && a_ndf) return "--df and --ndf exclude each other";
+    if (!rate_with_text(a_text, true, a_rate))
+        return "unknown rate '" + a_text +
+               "' (23.976, 24, 25, 29.97, 30, 48, 50, 59.94, 60, 100, 120, or a fraction such as "
+               "30000/1001)";
+    if (!a_rate.drop) {
+        if (a_df) return "drop-frame exists only at 29.97 and 59.94, not at " + a_rate.text;
+        return std::string();
+    }
+    const drop_choice l_option = a_df    ? drop_choice::drop
+                                 : a_ndf ? drop_choice::non_drop
+                                         : drop_choice::unset;
+    if (a_typed != drop_choice::unset && l_option != drop_choice::unset && a_typed != l_option)
+        return std::string(a_df ? "--df" : "--ndf") + " contradicts the timecode's '" +
+               (a_typed == drop_choice::drop ? ";" : ":") + "' separator";
+    const drop_choice l_choice = a_typed != drop_choice::unset ? a_typed : l_option;
+    a_rate.drop = l_choice != drop_choice::non_drop;
+    return std::string();
 }
 
 std::string rate_text(std::uint32_t a_time_scale, std::uint32_t a_frame_duration) {

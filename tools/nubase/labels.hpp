@@ -51,8 +51,29 @@ std::string label_text(const label& a_label, const label_rate& a_rate);
 bool parse_label(const std::string& a_text, label& a_label, bool& a_semicolon);
 
 // A rate from its text: "23.976", "24", "25", "29.97", "30", "48", "50", "59.94", "60", "100",
-// "120" (also with trailing zeros, "25.00"). 29.97 and 59.94 drop labels unless `drop` is false.
+// "120" (also with trailing zeros, "25.00", or as a fraction, "30000/1001", "25/1"). 29.97 and
+// 59.94 drop labels unless `drop` is false.
 bool rate_with_text(const std::string& a_text, bool a_drop, label_rate& a_rate);
+
+// How drop-frame was asked for: by --df or --ndf, or by the separator of a typed label.
+enum class drop_choice { unset, drop, non_drop };
+
+// A typed label's separator as a choice: ';' drop-frame, any other non-drop.
+inline drop_choice separator_drop(bool a_semicolon) {
+    return a_semicolon ? drop_choice::drop : drop_choice::non_drop;
+}
+
+// The rate that --rate names ("29.97", "30000/1001", "25", "25/1"), with drop-frame as asked. At
+// 29.97 and 59.94 a typed label's separator decides, else --df or --ndf, else drop-frame; an
+// option that contradicts the separator, both options, or --df at a rate without drop-frame is
+// an error. Returns "" or the error. The same in every command that takes these options.
+std::string rate_with_options(const std::string& a_text, bool a_df, bool a_ndf, drop_choice a_typed,
+                              label_rate& a_rate);
+
+// The descriptions of --rate, --df and --ndf, shared by the commands that take them.
+extern const char k_rate_text[];
+extern const char k_df_text[];
+extern const char k_ndf_text[];
 
 // A rate from a time scale and a frame duration (a QuickTime timecode track): the text has at
 // most three decimals ("30000/1001" gives "29.97").
