@@ -124,6 +124,9 @@ TEST_F(Process, StatusIsTheExitCodeOrTheSignal) {
         auto l_p = start(role, l_rec);
         ASSERT_TRUE(l_rec.wait());
         EXPECT_EQ(status, l_p->get_status());
+        EXPECT_FALSE(l_p->ended_by_signal());
+        EXPECT_EQ(0, l_p->get_start_error());
+        EXPECT_GT(l_p->get_peak_memory(), 100000u);  // this test binary, resident
     }
 
     recorder l_rec;
@@ -134,6 +137,7 @@ TEST_F(Process, StatusIsTheExitCodeOrTheSignal) {
     ::kill(l_pid, SIGKILL);
     ASSERT_TRUE(l_rec.wait());
     EXPECT_EQ(SIGKILL, l_p->get_status());
+    EXPECT_TRUE(l_p->ended_by_signal());
     EXPECT_GE(l_p->get_real_time(), 0.0);
     EXPECT_EQ(l_p->get_real_time(), l_p->get_uptime());  // frozen once reaped
     EXPECT_EQ(1000000u, l_p->get_starttime().rate());
@@ -145,6 +149,7 @@ TEST_F(Process, UnexecutableProgramEndsWithStatusOne) {
     nubase::process l_p("x", "/nonexistent/nubase-program", {}, {}, "", "", 0, &l_rec);
     ASSERT_TRUE(l_rec.wait());
     EXPECT_EQ(1, l_p.get_status());
+    EXPECT_EQ(ENOENT, l_p.get_start_error());
     EXPECT_EQ("Failed to start process '/nonexistent/nubase-program' (No such file or directory)\n",
               testing::internal::GetCapturedStderr());
 }

@@ -98,6 +98,16 @@ class NUBASE_API process : public thread_base {
     [[nodiscard]] double get_real_time() const;
     [[nodiscard]] double get_user_time() const;
     [[nodiscard]] double get_system_time() const;
+    // Additions beside the status above, which keeps its documented form:
+    // whether the child ended by a signal (then `get_status()` is the signal's number, which an
+    // exit code of the same number cannot be told from); false while it runs;
+    [[nodiscard]] bool ended_by_signal() const;
+    // the errno of an exec that failed (the child then printed its message and exited 1), 0
+    // when the program started; known as soon as the constructor returns;
+    [[nodiscard]] int get_start_error() const;
+    // the child's peak resident memory in bytes, from the resource usage of its reaping; 0
+    // until it has been reaped.
+    [[nodiscard]] unsigned long long get_peak_memory() const;
 
     // Nothing once the child has ended (or before it started). Otherwise: with `cancel_monitor`
     // the monitor is stopped first (nobody then reaps the child or calls the observer: the
@@ -136,6 +146,9 @@ class NUBASE_API process : public thread_base {
     double m_real_time;
     double m_user_time;
     double m_system_time;
+    bool m_signaled = false;
+    int m_start_error = 0;
+    unsigned long long m_peak_memory = 0;
     int m_pid;
     std::string m_working_directory;
     std::string m_input;

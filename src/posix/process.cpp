@@ -105,10 +105,12 @@ struct child_plan {
     int in_read;
     int out_write;
     const sigset_t* signal_mask;  // the parent's own, to be restored for the program
+    int* start_error;             // where a failed exec leaves its errno for the parent
 };
 
 // The child's side, between the fork and the exec. Only async-signal-safe calls and no writes
-// outside this frame: the child shares the parent's memory until it executes or exits.
+// outside this frame but one: the child shares the parent's memory until it executes or exits,
+// and a failed exec leaves its errno in the parent's `start_error` before the child exits.
 [[noreturn]] __attribute__((noinline)) void run_child(const child_plan& a_plan) noexcept {
     // Every signal is blocked on arrival here. The host's handlers must not run in memory the
     // parent still uses: handled signals go back to their default before the mask is restored.
@@ -132,6 +134,7 @@ struct child_plan {
     }
     ::execve(a_plan.path, a_plan.argv, a_plan.envp);
     const int l_err = errno;
+    *a_plan.start_error = l_err;
     char l_message[1024];
     std::size_t l_used = 0;
     append(l_message, sizeof l_message, l_used, "Failed to start process '");
@@ -209,7 +212,7 @@ process::process(const std::string& a_id, const std::string& a_path,
     ::pthread_sigmask(SIG_SETMASK, &l_all, &l_old);
     const child_plan l_plan{
         a_path.c_str(), l_argv.data(), l_envp.data(), m_working_directory.c_str(),
-        l_pipes,        m_in_read,     m_out_write,   &l_old};
+        l_pipes,        m_in_read,     m_out_write,   &l_old, &m_start_error};
     // The parent waits while the child shares its memory until the exec, which is what makes
     // starting a child cheap; the child only runs `run_child` on its own stack frame.
     const pid_t l_pid = ::vfork();
@@ -299,6 +302,21 @@ double process::get_user_time() const {
 double process::get_system_time() const {
     std::lock_guard<const mutex> l_hold(m_mutex);
     return m_system_time;
+}
+
+bool process::ended_by_signal() const {
+    std::lock_guard<const mutex> l_hold(m_mutex);
+    return m_signaled;
+}
+
+int process::get_start_error() const {
+    std::lock_guard<const mutex> l_hold(m_mutex);
+    return m_start_error;
+}
+
+unsigned long long process::get_peak_memory() const {
+    std::lock_guard<const mutex> l_hold(m_mutex);
+    return m_peak_memory;
 }
 
 void process::cancel_monitor_locked() {
@@ -459,8 +477,9 @@ void process::operator()() {
         }
         m_finished = true;
         m_paused = false;
-        m_status =
-            (l_wait_status & 0x7F) != 0 ? (l_wait_status & 0x7F) : ((l_wait_status >> 8) & 0xFF);
+        m_signaled = (l_wait_status & 0x7F) != 0;
+        m_status = m_signaled ? (l_wait_status & 0x7F) : ((l_wait_status >> 8) & 0xFF);
+        m_peak_memory = static_cast<unsigned long long>(l_usage.ru_maxrss) * 1024;  // KiB
         m_real_time = static_cast<double>(time_now() - m_start_ticks) /
                       static_cast<double>(time_resolution());
         m_user_time = seconds(l_usage.ru_utime);

@@ -1,5 +1,12 @@
 // The system commands: run (a child process with its times), sysinfo and selftest.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -29,18 +36,69 @@ class relay : public nubase::process::status {
 
 }  // namespace
 
+namespace {
+
+// The program a name stands for: a name with a '/' as it is, else the first executable file of
+// that name in a directory of PATH. Sets the exit status a shell would give when there is none
+// (127: not found, 126: found but not executable) and returns "".
+std::string find_program(const std::string& a_name, int& a_failure, std::string& a_reason) {
+    if (a_name.find('/') != std::string::npos) {
+        if (::access(a_name.c_str(), F_OK) != 0) {
+            a_failure = 127;
+            a_reason = std::strerror(errno);
+        } else if (::access(a_name.c_str(), X_OK) != 0) {
+            a_failure = 126;
+            a_reason = std::strerror(errno);
+        }
+        return a_failure == 0 ? a_name : std::string();
+    }
+    const char* l_path = std::getenv("PATH");
+    std::string l_dirs = l_path != nullptr ? l_path : "/usr/local/bin:/usr/bin:/bin";
+    std::string l_denied;
+    for (std::size_t l_at = 0; l_at <= l_dirs.size();) {
+        const std::size_t l_end = std::min(l_dirs.find(':', l_at), l_dirs.size());
+        const std::string l_dir = l_end == l_at ? "." : l_dirs.substr(l_at, l_end - l_at);
+        const std::string l_candidate = l_dir + "/" + a_name;
+        struct stat l_st;
+        if (::stat(l_candidate.c_str(), &l_st) == 0 && S_ISREG(l_st.st_mode)) {
+            if (::access(l_candidate.c_str(), X_OK) == 0) return l_candidate;
+            if (l_denied.empty()) l_denied = l_candidate;
+        }
+        l_at = l_end + 1;
+    }
+    a_failure = l_denied.empty() ? 127 : 126;
+    a_reason = l_denied.empty() ? "command not found" : "Permission denied";
+    return std::string();
+}
+
+}  // namespace
+
 int run_run(const arguments& a_args) {
     if (a_args.m_free.empty()) return user_error("run needs a program (see 'nubase run --help')");
-    const std::string& l_program = a_args.m_free[0];
+    const std::string& l_name = a_args.m_free[0];
+    int l_failure = 0;
+    std::string l_reason;
+    const std::string l_program = find_program(l_name, l_failure, l_reason);
+    if (l_failure != 0) {
+        user_error(l_name + ": " + l_reason);
+        return l_failure;
+    }
     const std::vector<std::string> l_program_args(a_args.m_free.begin() + 1, a_args.m_free.end());
     relay l_relay;
     nubase::process l_child("run", l_program, l_program_args, {}, "", a_args.value('i'),
                             nubase::process::flag_pipes, &l_relay);
     l_relay.m_done.wait();
+    if (l_child.get_start_error() != 0) {
+        // The child has said why on standard error; the status is the shell's.
+        return l_child.get_start_error() == ENOENT ? 127 : 126;
+    }
     const int l_status = l_child.get_status();
-    std::fprintf(stderr, "status %d\nreal %.3f\nuser %.3f\nsys %.3f\n", l_status,
-                 l_child.get_real_time(), l_child.get_user_time(), l_child.get_system_time());
-    return l_status;
+    const bool l_signal = l_child.ended_by_signal();
+    std::fprintf(stderr, "status %s%d\nreal %.3f\nuser %.3f\nsys %.3f\npeak %llu KiB\n",
+                 l_signal ? "signal " : "", l_status, l_child.get_real_time(),
+                 l_child.get_user_time(), l_child.get_system_time(),
+                 l_child.get_peak_memory() / 1024);
+    return l_signal ? 128 + l_status : l_status;
 }
 
 void declare_run(nubase::arg::optparser& a_parser) {

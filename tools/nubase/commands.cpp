@@ -83,9 +83,11 @@ const std::vector<command>& commands() {
          "one a line.",
          &declare_scan, &describe_scan, &run_scan},
         {"run", "run [--input TEXT] -- PROGRAM ARGS...", "runs a program and times it",
-         "Runs PROGRAM (a path; no search of PATH) with its arguments, relays its standard "
-         "output, then prints its status and its real, user and system times on standard error, "
-         "and exits with its status.",
+         "Runs PROGRAM with its arguments (found on PATH when its name has no !Q!/!QE!), relays "
+         "its standard output, then prints its status and its real, user and system times and "
+         "its peak resident memory on standard error, and exits with its status: as a shell "
+         "does, 128 + N when a signal N ended it, 127 when the program cannot be found and 126 "
+         "when it cannot be run (with one !Q!***!QE! line naming the program and the reason).",
          &declare_run, &describe_run, &run_run},
         {"sysinfo", "sysinfo", "a description of the host",
          "Prints the host name, kernel, processors and their features, memory, load, user, "
