@@ -1,6 +1,7 @@
 // The `nubase` tool, run as a program: exit codes, output and errors of every command, with
 // QuickTime and MP4 files written by the test itself.
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -463,11 +464,24 @@ TEST_F(Tool, RunRelaysOutputAndStatus) {
 }
 
 TEST_F(Tool, SysinfoSelftestAndDemo) {
+    // Without USER the user comes from the password entry; TMPDIR names the temporary folder.
+    const char* user = std::getenv("USER");
+    const std::string saved = user != nullptr ? user : "";
+    ::unsetenv("USER");
+    ::setenv("TMPDIR", dir.c_str(), 1);
     result got = run({"sysinfo"});
+    if (user != nullptr) ::setenv("USER", saved.c_str(), 1);
+    ::unsetenv("TMPDIR");
     EXPECT_EQ(0, got.code) << got.err;
-    for (const char* key : {"host ", "kernel ", "cpus ", "memory ", "user ", "home ", "tmp "}) {
+    for (const char* key : {"host ", "kernel ", "cpus ", "memory ", "home "}) {
         EXPECT_THAT(got.out, HasSubstr(key));
     }
+    EXPECT_THAT(got.out, HasSubstr("\nuser       " + std::string(getpwuid(getuid())->pw_name) + "\n"));
+    EXPECT_THAT(got.out, HasSubstr("\ntmp        " + dir + "\n"));
+    EXPECT_THAT(got.out, testing::MatchesRegex("(.|\n)*\nload +[0-9.]+ [0-9.]+ [0-9.]+ \\(1, 5, 15 minutes\\)\n(.|\n)*"));
+    EXPECT_THAT(got.out, HasSubstr("/nubase\n"));  // the executable, not its folder
+    for (std::size_t at = 0, end; (end = got.out.find('\n', at)) != std::string::npos; at = end + 1)
+        EXPECT_LE(end - at, 80u) << got.out.substr(at, end - at);
     got = run({"selftest"});
     EXPECT_EQ(0, got.code) << got.out;
     EXPECT_THAT(got.out, HasSubstr("XFAIL nucore/parseopt/parse14"));

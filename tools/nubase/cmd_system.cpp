@@ -1,4 +1,6 @@
 // The system commands: run (a child process with its times), sysinfo and selftest.
+#include <pwd.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -7,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -113,6 +116,47 @@ option_texts describe_run() {
 
 // ---- sysinfo ----------------------------------------------------------------------------------
 
+namespace {
+
+// The user: USER as the library reads it when it is set, else the password entry of the real
+// user id (the library's answer without USER is its documented "Unknown").
+std::string user_name() {
+    const char* l_set = std::getenv("USER");
+    if (l_set != nullptr && *l_set != '\0') return nubase::env::get_user_name();
+    const passwd* l_entry = ::getpwuid(::getuid());
+    return l_entry != nullptr ? l_entry->pw_name : "unknown";
+}
+
+// The words of `text` in lines that fit `width` columns, continued at column 11.
+std::string wrapped(const std::string& a_text, std::size_t a_width) {
+    std::string l_out, l_word;
+    std::size_t l_column = 11;
+    std::istringstream l_words(a_text);
+    while (l_words >> l_word) {
+        if (l_column > 11 && l_column + 1 + l_word.size() > a_width) {
+            l_out += "\n" + std::string(11, ' ');
+            l_column = 11;
+        } else if (l_column > 11) {
+            l_out += ' ';
+            ++l_column;
+        }
+        l_out += l_word;
+        l_column += l_word.size();
+    }
+    return l_out;
+}
+
+// The terminal's width, 80 when standard output is not a terminal.
+std::size_t output_width() {
+    winsize l_size{};
+    if (::isatty(STDOUT_FILENO) && ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &l_size) == 0 &&
+        l_size.ws_col >= 20)
+        return l_size.ws_col;
+    return 80;
+}
+
+}  // namespace
+
 int run_sysinfo(const arguments&) {
     namespace env = nubase::env;
     const auto line = [](const char* a_name, const std::string& a_value) {
@@ -131,23 +175,25 @@ int run_sysinfo(const arguments&) {
     line("cpus", std::to_string(l_cpu.active()) + " online of " + std::to_string(l_cpu.present()) +
                      ", " + l_cpu.isa() + ", " + std::to_string(env::get_cpu_frequency_Mhz()) +
                      " MHz");
-    std::string l_flags = l_cpu.flags();
-    if (!l_flags.empty() && l_flags.back() == ' ') l_flags.pop_back();
-    line("features", l_flags.empty() ? "none listed" : l_flags);
+    const std::string l_flags = l_cpu.flags();
+    line("features", l_flags.find_first_not_of(' ') == std::string::npos
+                         ? "none listed"
+                         : wrapped(l_flags, output_width()));
     line("memory", std::to_string(env::get_mem_size_MiB()) + " MiB, " + guarded([] {
                        return std::to_string(env::get_avail_mem_MiB());
                    }) + " MiB available");
-    line("load", guarded([] {
-                     char l_text[32];
-                     std::snprintf(l_text, sizeof l_text, "%.1f%%",
-                                   100.0 * env::get_cpu_utilization());
-                     return std::string(l_text);
-                 }) + " since boot");
-    line("user", env::get_user_name());
+    double l_load[3] = {0, 0, 0};
+    char l_text[64] = "unknown";
+    if (::getloadavg(l_load, 3) == 3)
+        std::snprintf(l_text, sizeof l_text, "%.2f %.2f %.2f (1, 5, 15 minutes)", l_load[0],
+                      l_load[1], l_load[2]);
+    line("load", l_text);
+    line("user", user_name());
     line("home", guarded(&env::get_user_home_path));
-    line("tmp", env::get_default_tmp_path());
+    const char* l_tmpdir = std::getenv("TMPDIR");
+    line("tmp", l_tmpdir != nullptr && *l_tmpdir != '\0' ? l_tmpdir : env::get_default_tmp_path());
     line("cwd", guarded(&env::get_current_working_directory_path));
-    line("executable", env::get_executable_path());
+    line("executable", env::get_executable());
     return k_exit_ok;
 }
 
