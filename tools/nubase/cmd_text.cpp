@@ -1,4 +1,5 @@
 // The text commands: url (typed names to URLs and back) and the base64 and hex coders.
+#include <pwd.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -23,18 +24,46 @@ namespace nubase_tool {
 
 // ---- url --------------------------------------------------------------------------------------
 
+namespace {
+
+// What the library takes as it stands, resolved first where it is lenient by design: "~user"
+// becomes that user's home directory (an unknown user is an error) and a relative base is
+// taken from the working directory. Returns "" or the error.
+std::string resolve_typed(std::string& a_input, std::string& a_base) {
+    if (a_input.empty()) return "url needs a path or URL, not an empty text";
+    if (a_input[0] == '~' && a_input.size() > 1 && a_input[1] != '/') {
+        const std::size_t l_slash = a_input.find('/');
+        const std::string l_user =
+            a_input.substr(1, l_slash == std::string::npos ? std::string::npos : l_slash - 1);
+        const passwd* l_entry = ::getpwnam(l_user.c_str());
+        if (l_entry == nullptr) return "no such user '" + l_user + "'";
+        a_input = l_entry->pw_dir +
+                  (l_slash == std::string::npos ? std::string() : a_input.substr(l_slash));
+    }
+    if (!a_base.empty() && a_base[0] != '/' && nubase::url_scheme(a_base).empty())
+        a_base = nubase::env::get_current_working_directory_path() + "/" + a_base;
+    return std::string();
+}
+
+}  // namespace
+
 int run_url(const arguments& a_args) {
     if (a_args.m_free.size() != 1)
         return user_error("url needs one path or URL (see 'nubase url --help')");
-    const std::string l_base = a_args.has('b') ? a_args.value('b') : std::string();
-    const std::string l_url = nubase::url_create_from_url_or_path(a_args.m_free[0], l_base);
+    std::string l_input = a_args.m_free[0];
+    std::string l_base = a_args.has('b') ? a_args.value('b') : std::string();
+    const std::string l_error = resolve_typed(l_input, l_base);
+    if (!l_error.empty()) return user_error(l_error);
+    const std::string l_url = nubase::url_create_from_url_or_path(l_input, l_base);
+    const bool l_password = !nubase::url_password(l_url, false).empty();
     const auto line = [](const char* a_name, const std::string& a_value) {
         if (!a_value.empty()) std::printf("%-9s %s\n", a_name, a_value.c_str());
     };
-    line("url", nubase::url_protected_output(l_url));
+    // The password masked as the reader expects it, not percent-encoded stars.
+    line("url", l_password ? nubase::url_new_password(l_url, "***", false) : l_url);
     line("scheme", nubase::url_scheme(l_url));
     line("user", nubase::url_user(l_url));
-    if (!nubase::url_password(l_url, false).empty()) line("password", "****");
+    if (l_password) line("password", "***");
     line("host", nubase::url_host(l_url));
     line("service", nubase::url_service(l_url));
     line("path", nubase::url_path(l_url));
