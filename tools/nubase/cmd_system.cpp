@@ -203,7 +203,25 @@ int run_selftest(const arguments& a_args) {
     if (a_args.m_free.size() > 1)
         return user_error("selftest takes at most one SUITE[/UNIT[/CASE]]");
     const std::string l_selector = a_args.m_free.empty() ? "" : a_args.m_free[0];
+    // The option parser's cases print the errors they expect on standard error: keep them aside
+    // and show them only when a case failed, where they may tell why.
+    std::fflush(stderr);
+    std::FILE* l_aside = std::tmpfile();
+    const int l_stderr = l_aside != nullptr ? ::dup(STDERR_FILENO) : -1;
+    if (l_stderr >= 0) ::dup2(::fileno(l_aside), STDERR_FILENO);
     const nubase::test::run_summary l_summary = nubase::test::run(l_selector, stdout);
+    if (l_stderr >= 0) {
+        std::fflush(stderr);
+        ::dup2(l_stderr, STDERR_FILENO);
+        ::close(l_stderr);
+        if (l_summary.failed != 0) {
+            std::rewind(l_aside);
+            char l_chunk[4096];
+            for (std::size_t l_n; (l_n = std::fread(l_chunk, 1, sizeof l_chunk, l_aside)) != 0;)
+                std::fwrite(l_chunk, 1, l_n, stderr);
+        }
+    }
+    if (l_aside != nullptr) std::fclose(l_aside);
     if (l_summary.passed + l_summary.failed + l_summary.expected_failures == 0)
         return user_error("no test matches '" + l_selector + "' (see 'nubase selftest --help')");
     return l_summary.ok() ? k_exit_ok : k_exit_not_found;
