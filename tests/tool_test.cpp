@@ -434,6 +434,8 @@ TEST_F(Tool, CodersStreamBothWays) {
                   run({"base64", "encode", std::string("--wrap=") + columns, path("sample.bin")}).out);
         EXPECT_TRUE(run({"base64", "decode", path("coreutils.b64")}).out == sample);
     }
+    EXPECT_EQ(0, std::system(("od -An -v -tx1 " + path("sample.bin") + " > " + path("od.txt")).c_str()));
+    EXPECT_TRUE(run({"hex", "decode", path("od.txt")}).out == sample);  // od's blanks are skipped
     const result missing = run({"hex", "encode", path("none")});
     EXPECT_EQ(2, missing.code);
     EXPECT_THAT(missing.err, HasSubstr(path("none")));
