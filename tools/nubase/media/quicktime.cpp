@@ -8,6 +8,7 @@
 
 #include "nubase/bytestream.hpp"
 #include "nubase/es.hpp"
+#include "walk_input.hpp"
 
 namespace nubase_tool {
 namespace {
@@ -19,7 +20,6 @@ constexpr std::uint32_t fourcc(const char (&a_text)[5]) {
            static_cast<std::uint32_t>(static_cast<unsigned char>(a_text[3]));
 }
 
-constexpr std::uint64_t k_no_end = std::numeric_limits<std::uint64_t>::max();
 // The largest atom read into memory whole (a movie header's sample tables are far smaller).
 constexpr std::uint64_t k_atom_limit = 256ull << 20;
 
@@ -92,126 +92,30 @@ class fields {
     nubase::bytestream::rd m_rd;
 };
 
-// Bytes of the media data that a pipe keeps while reading through: its first bytes, and the
-// samples whose place is already known.
-struct kept_bytes {
-    std::uint64_t first = 0;           // file offset of `front`
-    std::vector<unsigned char> front;  // up to k_pipe_keep bytes of the first media data
-    std::map<std::uint64_t, std::vector<unsigned char>> samples;  // offset -> bytes so far
-    std::map<std::uint64_t, std::uint32_t> wanted;                // offset -> size
-};
-
-// The input, read front to back: jumps by seeking when it can, reads through otherwise.
-class input {
-  public:
-    input(nubase::stream::rd& a_source, nubase::stream::rda* a_seekable)
-        : m_source(a_source),
-          m_seekable(a_seekable),
-          m_rd(a_source, 1 << 16),
-          m_end(a_seekable != nullptr ? a_seekable->size() : k_no_end) {}
-
-    std::uint64_t end() const { return m_end; }
-    bool seekable() const { return m_seekable != nullptr; }
-    std::uint64_t tell() const { return m_rd.tell(); }
-
-    // Whether at least n more bytes can be read.
-    bool has(std::uint64_t a_n) {
-        if (m_end != k_no_end) return m_end - std::min(m_end, tell()) >= a_n;
-        try {
-            return m_rd.has_bytes(a_n);
-        } catch (const nubase::es::uflow&) {
-            return false;
-        }
+// The header of the atom at the input's position, inside a parent that ends at `limit`.
+atom read_header(walk_input& a_in, std::uint64_t a_limit) {
+    const nubase::bytestream::rd& l_rd = a_in.reader();
+    const std::uint64_t l_at = a_in.tell();
+    atom l_atom{0, l_at, l_at + 8, 0};
+    std::uint64_t l_size = l_rd.read_be32();
+    l_atom.type = l_rd.read_be32();
+    if (l_size == 1) {  // a 64-bit size follows the type
+        l_size = l_rd.read_be64();
+        l_atom.body += 8;
+    } else if (l_size == 0) {  // runs to the end of its parent
+        l_size = a_limit == k_no_end ? k_no_end - l_at : a_limit - l_at;
     }
+    if (l_size < l_atom.body - l_at) malformed("a size shorter than its header", l_atom.type, l_at);
+    l_atom.end = l_size > k_no_end - l_at ? k_no_end : l_at + l_size;
+    return l_atom;
+}
 
-    // The header of the atom at the current position, inside a parent that ends at `limit`.
-    atom header(std::uint64_t a_limit) {
-        const std::uint64_t l_at = tell();
-        atom l_atom{0, l_at, l_at + 8, 0};
-        std::uint64_t l_size = m_rd.read_be32();
-        l_atom.type = m_rd.read_be32();
-        if (l_size == 1) {  // a 64-bit size follows the type
-            l_size = m_rd.read_be64();
-            l_atom.body += 8;
-        } else if (l_size == 0) {  // runs to the end of its parent
-            l_size = a_limit == k_no_end ? k_no_end - l_at : a_limit - l_at;
-        }
-        if (l_size < l_atom.body - l_at)
-            malformed("a size shorter than its header", l_atom.type, l_at);
-        l_atom.end = l_size > k_no_end - l_at ? k_no_end : l_at + l_size;
-        return l_atom;
-    }
-
-    // Moves forward to `offset`; from a pipe the bytes on the way are read and handed to `keep`.
-    void skip_to(std::uint64_t a_offset, kept_bytes* a_keep = nullptr) {
-        if (a_offset <= tell()) return;
-        if (m_seekable != nullptr) {
-            m_seekable->seek(static_cast<long long>(a_offset), nubase::stream::whence_start);
-            m_rd.clear(m_source);
-            return;
-        }
-        unsigned char l_chunk[1 << 16];
-        while (tell() < a_offset) {
-            const std::uint64_t l_at = tell();
-            const std::uint64_t l_n = std::min<std::uint64_t>(sizeof l_chunk, a_offset - l_at);
-            try {
-                m_rd.read(l_chunk, l_n);
-            } catch (const nubase::es::uflow&) {
-                // What arrived before the end is consumed; the reader's position counts it.
-                if (a_keep != nullptr) keep(*a_keep, l_at, l_chunk, tell() - l_at);
-                throw;
-            }
-            if (a_keep != nullptr) keep(*a_keep, l_at, l_chunk, l_n);
-        }
-    }
-
-    // The contents of `a`, read whole.
-    fields contents(const atom& a_atom) {
-        if (a_atom.end - a_atom.body > k_atom_limit)
-            malformed("an atom too large to read", a_atom.type, a_atom.start);
-        // Grown as the bytes arrive, so that a size a pipe never delivers costs no memory.
-        std::vector<unsigned char> l_body;
-        for (std::uint64_t l_left = a_atom.end - a_atom.body; l_left != 0;) {
-            const std::uint64_t l_n = std::min<std::uint64_t>(l_left, 1 << 20);
-            l_body.resize(l_body.size() + l_n);
-            m_rd.read(l_body.data() + l_body.size() - l_n, l_n);
-            l_left -= l_n;
-        }
-        return fields(a_atom, std::move(l_body));
-    }
-
-    // n bytes at `offset` of a seekable input; false when the input ends first.
-    bool fetch(std::uint64_t a_offset, std::uint32_t a_n, std::vector<unsigned char>& a_out) {
-        if (a_offset > m_end || m_end - a_offset < a_n) return false;
-        m_seekable->seek(static_cast<long long>(a_offset), nubase::stream::whence_start);
-        m_rd.clear(m_source);
-        a_out.resize(a_n);
-        m_rd.read(a_out.data(), a_n);
-        return true;
-    }
-
-  private:
-    static void keep(kept_bytes& a_keep, std::uint64_t a_at, const unsigned char* a_p,
-                     std::uint64_t a_n) {
-        if (a_keep.front.empty()) a_keep.first = a_at;
-        if (a_keep.first + a_keep.front.size() == a_at && a_keep.front.size() < k_pipe_keep) {
-            const std::uint64_t l_room = k_pipe_keep - a_keep.front.size();
-            a_keep.front.insert(a_keep.front.end(), a_p, a_p + std::min(l_room, a_n));
-        }
-        for (const auto& [l_offset, l_size] : a_keep.wanted) {
-            const std::uint64_t l_from = std::max(l_offset, a_at);
-            const std::uint64_t l_to = std::min<std::uint64_t>(l_offset + l_size, a_at + a_n);
-            auto& l_bytes = a_keep.samples[l_offset];
-            if (l_from < l_to && l_from == l_offset + l_bytes.size())
-                l_bytes.insert(l_bytes.end(), a_p + (l_from - a_at), a_p + (l_to - a_at));
-        }
-    }
-
-    nubase::stream::rd& m_source;
-    nubase::stream::rda* m_seekable;
-    nubase::bytestream::rd m_rd;
-    std::uint64_t m_end;
-};
+// The contents of `atom`, read whole.
+fields read_contents(walk_input& a_in, const atom& a_atom) {
+    if (a_atom.end - a_atom.body > k_atom_limit)
+        malformed("an atom too large to read", a_atom.type, a_atom.start);
+    return fields(a_atom, a_in.read(a_atom.end - a_atom.body));
+}
 
 // What the walk gathers about one track.
 struct track_facts {
@@ -240,7 +144,7 @@ struct walk_state {
     std::vector<track_facts> tracks;  // in file order
     std::map<std::uint32_t, fragment_facts> fragments;
     bool movie = false;
-    kept_bytes kept;
+    kept_bytes kept{k_pipe_keep};
 };
 
 void read_track_header(fields& a_f, track_facts& a_track) {
@@ -411,13 +315,13 @@ void read_track_fragment(fields& a_f, std::uint64_t a_moof, bool a_first_traf,
     }
 }
 
-void walk(input& a_in, const atom& a_parent, track_facts* a_track, walk_state& a_state,
+void walk(walk_input& a_in, const atom& a_parent, track_facts* a_track, walk_state& a_state,
           int a_depth);
 
 // One atom inside a container: descends, reads or skips it.
-void visit(input& a_in, const atom& a_parent, const atom& a_atom, track_facts* a_track,
+void visit(walk_input& a_in, const atom& a_parent, const atom& a_atom, track_facts* a_track,
            walk_state& a_state, int a_depth) {
-    const auto l_read = [&] { return a_in.contents(a_atom); };
+    const auto l_read = [&] { return read_contents(a_in, a_atom); };
     const bool l_tmcd = a_track != nullptr && a_track->handler == fourcc("tmcd");
     switch (a_atom.type) {
         case fourcc("trak"): {
@@ -486,11 +390,11 @@ void visit(input& a_in, const atom& a_parent, const atom& a_atom, track_facts* a
     a_in.skip_to(a_atom.end);
 }
 
-void walk(input& a_in, const atom& a_parent, track_facts* a_track, walk_state& a_state,
+void walk(walk_input& a_in, const atom& a_parent, track_facts* a_track, walk_state& a_state,
           int a_depth) {
     if (a_depth > 16) malformed("atoms nested too deeply", a_parent.type, a_parent.start);
     while (a_parent.end - a_in.tell() >= 8) {
-        const atom l_atom = a_in.header(a_parent.end);
+        const atom l_atom = read_header(a_in, a_parent.end);
         if (l_atom.end > a_parent.end)
             malformed("a size past its parent's end", l_atom.type, l_atom.start);
         visit(a_in, a_parent, l_atom, a_track, a_state, a_depth);
@@ -499,15 +403,15 @@ void walk(input& a_in, const atom& a_parent, track_facts* a_track, walk_state& a
     a_in.skip_to(a_parent.end);
 }
 
-void read_fragment(input& a_in, const atom& a_moof, walk_state& a_state) {
+void read_fragment(walk_input& a_in, const atom& a_moof, walk_state& a_state) {
     std::uint64_t l_data_end = k_no_end;
     bool l_first = true;
     while (a_moof.end - a_in.tell() >= 8) {
-        const atom l_atom = a_in.header(a_moof.end);
+        const atom l_atom = read_header(a_in, a_moof.end);
         if (l_atom.end > a_moof.end)
             malformed("a size past its parent's end", l_atom.type, l_atom.start);
         if (l_atom.type == fourcc("traf")) {
-            fields l_f = a_in.contents(l_atom);
+            fields l_f = read_contents(a_in, l_atom);
             read_track_fragment(l_f, a_moof.start, l_first, l_data_end, a_state);
             l_first = false;
         }
@@ -530,10 +434,10 @@ bool known_first_atom(std::uint32_t a_type) {
 }
 
 // Walks the top level; returns with every atom read or passed.
-void walk_top(input& a_in, walk_state& a_state) {
+void walk_top(walk_input& a_in, walk_state& a_state) {
     bool l_first = true;
     while (a_in.has(8)) {
-        const atom l_atom = a_in.header(a_in.end());
+        const atom l_atom = read_header(a_in, a_in.end());
         if (l_first && !known_first_atom(l_atom.type))
             throw malformed_file("not a QuickTime or MP4 file");
         l_first = false;
@@ -597,7 +501,7 @@ std::uint32_t load_be32(const std::vector<unsigned char>& a_bytes) {
 }
 
 // The first sample of each timecode track, from the file or from what a pipe kept.
-void take_sample(input& a_in, const kept_bytes& a_kept, timecode_source& a_s) {
+void take_sample(walk_input& a_in, const kept_bytes& a_kept, timecode_source& a_s) {
     if (a_s.sample_size < 4)
         throw malformed_file("malformed file: a timecode sample of " +
                              std::to_string(a_s.sample_size) + " bytes");
@@ -607,26 +511,15 @@ void take_sample(input& a_in, const kept_bytes& a_kept, timecode_source& a_s) {
             throw malformed_file("the timecode sample at offset " +
                                  std::to_string(a_s.sample_offset) +
                                  " lies past the end of the file");
-    } else {
-        const auto l_sample = a_kept.samples.find(a_s.sample_offset);
-        if (l_sample != a_kept.samples.end() && l_sample->second.size() >= 4) {
-            l_bytes = l_sample->second;
-        } else if (a_s.sample_offset >= a_kept.first &&
-                   a_s.sample_offset - a_kept.first + 4 <= a_kept.front.size()) {
-            const auto l_from = a_kept.front.begin() +
-                                static_cast<std::ptrdiff_t>(a_s.sample_offset - a_kept.first);
-            l_bytes.assign(l_from, l_from + 4);
-        } else {
-            throw malformed_file(
-                "the timecode sample lies past what a pipe can keep; give the file");
-        }
+    } else if (!a_kept.find(a_s.sample_offset, 4, l_bytes)) {
+        throw malformed_file("the timecode sample lies past what a pipe can keep; give the file");
     }
     l_bytes.resize(4);
     a_s.sample_value = load_be32(l_bytes);
 }
 
 // The timecode tracks with their samples, primary first.
-movie_timecode gather(input& a_in, walk_state& a_state) {
+movie_timecode gather(walk_input& a_in, walk_state& a_state) {
     movie_timecode l_movie;
     std::uint32_t l_primary = 0;
     for (const track_facts& l_track : a_state.tracks)
@@ -670,7 +563,7 @@ movie_timecode gather(input& a_in, walk_state& a_state) {
 }  // namespace
 
 movie_timecode read_quicktime(nubase::stream::rd& a_source, nubase::stream::rda* a_seekable) {
-    input l_in(a_source, a_seekable);
+    walk_input l_in(a_source, a_seekable);
     walk_state l_state;
     try {
         walk_top(l_in, l_state);
