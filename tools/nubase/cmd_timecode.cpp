@@ -10,6 +10,7 @@
 #include "labels.hpp"
 #include "media/input.hpp"
 #include "media/quicktime.hpp"
+#include "media/riff.hpp"
 #include "media/rewrite.hpp"
 #include "nubase/es.hpp"
 #include "tool.hpp"
@@ -17,7 +18,14 @@
 namespace nubase_tool {
 namespace {
 
-enum timecode_option { k_json = -20, k_track = -21, k_dry_run = 'n' };
+enum timecode_option {
+    k_json = -20,
+    k_track = -21,
+    k_dry_run = 'n',
+    k_rate = 'r',
+    k_df = -22,
+    k_ndf = -23
+};
 
 label_rate rate_of(const timecode_source& a_s) {
     return {a_s.number_of_frames, a_s.drop_frame(), rate_text(a_s.time_scale, a_s.frame_duration)};
@@ -92,13 +100,25 @@ void track_json(json_writer& a_j, const timecode_source& a_s) {
     a_j.end_object();
 }
 
-// Reads the timecode tracks of `path`; on failure prints the one "*** " line and returns
-// k_exit_usage with the message in `error`.
-int read_tracks(const std::string& a_path, movie_timecode& a_movie, std::string& a_error) {
+// What one file holds: the timecode tracks of a movie, or a sound recording's time reference.
+struct probed {
+    bool sound = false;
+    movie_timecode movie;
+    recording_source recording;
+};
+
+// Reads `path`, telling the container by its content; on failure prints the one "*** " line
+// and returns k_exit_usage with the message in `error`.
+int read_file(const std::string& a_path, probed& a_file, std::string& a_error) {
     try {
         media_input l_input(a_path);
-        a_movie = read_quicktime(l_input.stream(), l_input.seekable());
-        return a_movie.tracks.empty() ? k_exit_not_found : k_exit_ok;
+        a_file.sound = looks_like_riff(l_input.front(12));
+        if (a_file.sound) {
+            a_file.recording = read_riff(l_input.stream(), l_input.seekable());
+            return a_file.recording.has_time_reference ? k_exit_ok : k_exit_not_found;
+        }
+        a_file.movie = read_quicktime(l_input.stream(), l_input.seekable());
+        return a_file.movie.tracks.empty() ? k_exit_not_found : k_exit_ok;
     } catch (const malformed_file& e) {
         a_error = e.what();
     } catch (const input_error& e) {
@@ -110,6 +130,157 @@ int read_tracks(const std::string& a_path, movie_timecode& a_movie, std::string&
     return k_exit_usage;
 }
 
+// ---- sound recordings
+
+// The rate a recording's time reference is labelled at, exactly: num/den frames a second.
+struct sound_rate {
+    bool known = false;
+    bool from_file = false;
+    label_rate rate{0, false, ""};
+    std::uint32_t num = 0, den = 1;
+};
+
+bool rate_options_given(const arguments& a_args) {
+    return a_args.has(k_rate) || a_args.has(k_df) || a_args.has(k_ndf);
+}
+
+// The exact fraction of a rate the options name: 30000/1001 for 29.97, 25/1 for 25.
+void exact_fraction(const label_rate& a_rate, std::uint32_t& a_num, std::uint32_t& a_den) {
+    const bool l_fractional =
+        a_rate.text == "23.976" || a_rate.text == "29.97" || a_rate.text == "59.94";
+    a_num = l_fractional ? a_rate.nominal * 1000 : a_rate.nominal;
+    a_den = l_fractional ? 1001 : 1;
+}
+
+// The file's own rate when it records one (a note on standard error when the options differ),
+// else the options', else none. Returns "" or an error.
+std::string resolve_sound_rate(const std::string& a_path, const recording_source& a_r,
+                               const arguments& a_args, sound_rate& a_out) {
+    label_rate l_option{0, false, ""};
+    std::string l_error;
+    if (a_args.has(k_rate)) {
+        l_error = rate_with_options(a_args.value(k_rate), a_args.has(k_df), a_args.has(k_ndf),
+                                    drop_choice::unset, l_option);
+        if (!l_error.empty()) return l_error;
+    }
+    if (a_r.rate_num != 0) {
+        const std::string l_text = rate_text(a_r.rate_num, a_r.rate_den);
+        if (!rate_with_text(l_text, !a_r.has_flag || a_r.drop_frame, a_out.rate) ||
+            (a_r.has_flag && a_r.drop_frame && !a_out.rate.drop))
+            return "malformed file: an iXML timecode rate of " + std::to_string(a_r.rate_num) +
+                   "/" + std::to_string(a_r.rate_den) + (a_r.drop_frame ? " drop-frame" : "");
+        a_out.known = a_out.from_file = true;
+        a_out.num = a_r.rate_num;
+        a_out.den = a_r.rate_den;
+        if (rate_options_given(a_args) &&
+            (!a_args.has(k_rate) || l_option.nominal != a_out.rate.nominal ||
+             l_option.text != a_out.rate.text || l_option.drop != a_out.rate.drop))
+            std::fprintf(stderr, "nubase: %s records %s fps %s; the file's rate is used\n",
+                         a_path.c_str(), a_out.rate.text.c_str(),
+                         a_out.rate.drop ? "drop-frame" : "non-drop");
+        return std::string();
+    }
+    if (!a_args.has(k_rate)) return std::string();
+    a_out.known = true;
+    a_out.rate = l_option;
+    exact_fraction(l_option, a_out.num, a_out.den);
+    return std::string();
+}
+
+// A time reference as a label with the samples it lies past the frame's first one; "" when its
+// frame is beyond the timecode range.
+std::string sound_label(const recording_source& a_r, const sound_rate& a_rate,
+                        std::uint64_t a_sample, std::uint64_t& a_remainder) {
+    const std::uint64_t l_frame = a_r.frame_of(a_sample, a_rate.num, a_rate.den);
+    label l_label{0, 0, 0, 0};
+    if (!label_with_frame(l_frame, a_rate.rate, l_label)) return std::string();
+    a_remainder = a_sample - a_r.first_sample_of(l_frame, a_rate.num, a_rate.den);
+    return label_text(l_label, a_rate.rate);
+}
+
+// "14:03:22 +12000 samples": the time of day of a time reference without a frame rate.
+std::string time_of_day(const recording_source& a_r, std::uint64_t& a_samples) {
+    const std::uint64_t l_seconds = a_r.time_reference / a_r.sample_rate;
+    a_samples = a_r.time_reference % a_r.sample_rate;
+    char l_text[64];
+    std::snprintf(l_text, sizeof l_text, "%02llu:%02llu:%02llu",
+                  static_cast<unsigned long long>(l_seconds / 3600),
+                  static_cast<unsigned long long>(l_seconds / 60 % 60),
+                  static_cast<unsigned long long>(l_seconds % 60));
+    return l_text;
+}
+
+// The text line of a recording; "" with `error` set when its time reference is out of range.
+std::string sound_line(const std::string& a_path, const recording_source& a_r,
+                       const sound_rate& a_rate, std::string& a_error) {
+    if (!a_rate.known) {
+        std::uint64_t l_samples = 0;
+        const std::string l_time = time_of_day(a_r, l_samples);
+        return a_path + ": time of day " + l_time + " +" + std::to_string(l_samples) +
+               " samples at " + std::to_string(a_r.sample_rate) +
+               " Hz; no frame rate recorded (give --rate)";
+    }
+    std::uint64_t l_remainder = 0;
+    const std::string l_label = sound_label(a_r, a_rate, a_r.time_reference, l_remainder);
+    if (l_label.empty()) {
+        a_error = "malformed file: a time reference beyond the timecode range";
+        return std::string();
+    }
+    return a_path + ": " + l_label +
+           (l_remainder != 0 ? " +" + std::to_string(l_remainder) + " samples" : std::string()) +
+           " " + a_rate.rate.text + " fps " + (a_rate.rate.drop ? "drop-frame" : "non-drop") +
+           (a_rate.from_file ? " (from iXML)" : " (from --rate)");
+}
+
+void sound_json(json_writer& a_j, const recording_source& a_r, const sound_rate& a_rate) {
+    const auto l_text = [&](const char* a_key, const std::string& a_value) {
+        if (a_value.empty()) {
+            a_j.key(a_key).null();
+        } else {
+            a_j.key(a_key).value(a_value);
+        }
+    };
+    a_j.begin_object();
+    a_j.key("track_id").null();
+    a_j.key("video_track_ids").begin_array().end_array();
+    a_j.key("enabled").value(true);
+    std::uint64_t l_remainder = 0, l_ignored = 0;
+    const std::string l_start =
+        a_rate.known ? sound_label(a_r, a_rate, a_r.time_reference, l_remainder) : std::string();
+    l_text("start", l_start);
+    l_text("end", a_rate.known
+                      ? sound_label(a_r, a_rate, a_r.time_reference + a_r.samples(), l_ignored)
+                      : std::string());
+    if (a_rate.known) {
+        a_j.key("duration_frames")
+            .value(a_r.frame_of(a_r.time_reference + a_r.samples(), a_rate.num, a_rate.den) -
+                   a_r.frame_of(a_r.time_reference, a_rate.num, a_rate.den));
+        const std::uint32_t l_gcd = std::gcd(a_rate.num, a_rate.den);
+        a_j.key("rate").value(std::to_string(a_rate.num / l_gcd) + "/" +
+                              std::to_string(a_rate.den / l_gcd));
+        a_j.key("fps").value(a_rate.rate.nominal);
+        a_j.key("drop_frame").value(a_rate.rate.drop);
+        a_j.key("remainder_samples").value(l_remainder);
+    } else {
+        a_j.key("duration_frames").null().key("rate").null().key("fps").null();
+        a_j.key("drop_frame").null().key("remainder_samples").null();
+        std::uint64_t l_samples = 0;
+        a_j.key("time_of_day").value(time_of_day(a_r, l_samples));
+        a_j.key("time_of_day_samples").value(l_samples);
+    }
+    a_j.key("max_24h").value(false).key("negative").value(false).key("counter").value(false);
+    a_j.key("reel").null().key("sample_value").null();
+    a_j.key("sample_rate").value(a_r.sample_rate);
+    a_j.key("time_reference").value(a_r.time_reference);
+    a_j.key("channels").value(a_r.channels);
+    a_j.key("bits").value(a_r.bits);
+    l_text("scene", a_r.scene);
+    l_text("take", a_r.take);
+    l_text("project", a_r.project);
+    l_text("originator", a_r.originator);
+    a_j.end_object();
+}
+
 }  // namespace
 
 int run_probe(const arguments& a_args) {
@@ -119,14 +290,28 @@ int run_probe(const arguments& a_args) {
     l_j.begin_array();
     int l_result = k_exit_ok;
     for (const std::string& l_path : a_args.m_free) {
-        movie_timecode l_movie;
+        probed l_file;
         std::string l_error;
-        const int l_code = read_tracks(l_path, l_movie, l_error);
+        int l_code = read_file(l_path, l_file, l_error);
+        sound_rate l_rate;
+        std::string l_line;
+        if (l_code != k_exit_usage && !l_file.sound && rate_options_given(a_args)) {
+            l_error = "--rate, --df and --ndf are for sound files; a movie records its rate";
+        } else if (l_code == k_exit_ok && l_file.sound) {
+            l_error = resolve_sound_rate(l_path, l_file.recording, a_args, l_rate);
+            if (l_error.empty()) l_line = sound_line(l_path, l_file.recording, l_rate, l_error);
+        }
+        if (l_code != k_exit_usage && !l_error.empty()) {
+            user_error(l_path + ": " + l_error);
+            l_code = k_exit_usage;
+        }
         l_result = std::max(l_result, l_code);
         if (l_json) {
             l_j.begin_object().key("file").value(l_path).key("tracks").begin_array();
-            for (const timecode_source& l_s : l_movie.tracks)
-                track_json(l_j, l_s);
+            if (l_code == k_exit_ok && l_file.sound) sound_json(l_j, l_file.recording, l_rate);
+            if (l_code == k_exit_ok && !l_file.sound)
+                for (const timecode_source& l_s : l_file.movie.tracks)
+                    track_json(l_j, l_s);
             l_j.end_array().key("error");
             if (l_code == k_exit_usage) {
                 l_j.value(l_error);
@@ -135,16 +320,63 @@ int run_probe(const arguments& a_args) {
             }
             l_j.end_object();
         } else if (l_code == k_exit_not_found) {
-            std::printf("%s: no timecode track\n", l_path.c_str());
-        } else {
-            for (std::size_t l_i = 0; l_i < l_movie.tracks.size(); ++l_i)
-                std::printf("%s\n", track_line(l_path, l_movie.tracks[l_i], l_i == 0).c_str());
+            std::printf("%s: %s\n", l_path.c_str(),
+                        l_file.sound ? "no time reference (no 'bext' chunk)" : "no timecode track");
+        } else if (l_code == k_exit_ok && l_file.sound) {
+            std::printf("%s\n", l_line.c_str());
+        } else if (l_code == k_exit_ok) {
+            for (std::size_t l_i = 0; l_i < l_file.movie.tracks.size(); ++l_i)
+                std::printf("%s\n", track_line(l_path, l_file.movie.tracks[l_i], l_i == 0).c_str());
         }
     }
     l_j.end_array();
     if (l_json) std::printf("%s\n", l_j.text().c_str());
     return l_result;
 }
+
+namespace {
+
+// retc on a Broadcast WAV file: the time reference becomes the first whole sample of the label's
+// frame, so that probe gives the label back with no remainder.
+int retc_sound(const arguments& a_args, const std::string& a_path, const std::string& a_text,
+               const file_identity& a_identity, const recording_source& a_r) {
+    const auto l_refuse = [&](const std::string& a_why) {
+        return user_error(a_path + ": " + a_why);
+    };
+    if (!a_r.has_time_reference) return l_refuse("no time reference to rewrite (no 'bext' chunk)");
+    sound_rate l_rate;
+    std::string l_error = resolve_sound_rate(a_path, a_r, a_args, l_rate);
+    if (!l_error.empty()) return l_refuse(l_error);
+    if (!l_rate.known) return l_refuse("no frame rate recorded: give --rate");
+    label l_label{0, 0, 0, 0};
+    bool l_semicolon = false;
+    if (!parse_label(a_text, l_label, l_semicolon))
+        return user_error("invalid timecode '" + a_text + "'");
+    std::uint64_t l_frame = 0;
+    if (!is_legal(l_label, l_rate.rate) || l_label.hour >= 24 ||
+        !frame_with_label(l_label, l_rate.rate, l_frame))
+        return l_refuse("timecode " + a_text + " does not exist at " + l_rate.rate.text +
+                        (l_rate.rate.drop ? " drop-frame" : "") +
+                        (l_label.hour >= 24 ? " (a time reference counts from midnight)" : ""));
+    const std::uint64_t l_new = a_r.first_sample_of(l_frame, l_rate.num, l_rate.den);
+    std::uint64_t l_remainder = 0, l_ignored = 0;
+    const std::string l_old = sound_label(a_r, l_rate, a_r.time_reference, l_remainder);
+    recording_source l_after = a_r;
+    l_after.time_reference = l_new;
+    if (!a_args.has(k_dry_run)) {
+        try {
+            rewrite_in_place(a_path, a_identity, a_r.time_reference_offset, le64_field(l_new));
+        } catch (const input_error& e) {
+            return l_refuse(e.what());
+        }
+    }
+    std::printf("%s: %s%s -> %s\n", a_path.c_str(), l_old.c_str(),
+                l_remainder != 0 ? (" +" + std::to_string(l_remainder) + " samples").c_str() : "",
+                sound_label(l_after, l_rate, l_new, l_ignored).c_str());
+    return k_exit_ok;
+}
+
+}  // namespace
 
 int run_retc(const arguments& a_args) {
     if (a_args.m_free.size() != 2)
@@ -158,15 +390,24 @@ int run_retc(const arguments& a_args) {
     if (l_path == "-")
         return l_refuse("standard input cannot be rewritten in place: give the file");
     file_identity l_identity;
-    movie_timecode l_movie;
+    probed l_file;
     try {
         l_identity = identify_regular_file(l_path);
         if (!is_writable(l_path)) return l_refuse("not writable");
         media_input l_input(l_path);
-        l_movie = read_quicktime(l_input.stream(), l_input.seekable());
+        l_file.sound = looks_like_riff(l_input.front(12));
+        if (l_file.sound) {
+            l_file.recording = read_riff(l_input.stream(), l_input.seekable());
+        } else {
+            l_file.movie = read_quicktime(l_input.stream(), l_input.seekable());
+        }
     } catch (const std::exception& e) {
         return l_refuse(e.what());
     }
+    if (l_file.sound) return retc_sound(a_args, l_path, l_text, l_identity, l_file.recording);
+    if (rate_options_given(a_args))
+        return l_refuse("--rate, --df and --ndf are for sound files; a movie records its rate");
+    const movie_timecode& l_movie = l_file.movie;
     if (l_movie.tracks.empty()) return l_refuse("no timecode track");
 
     const timecode_source* l_s = &l_movie.tracks.front();
@@ -218,8 +459,15 @@ int run_retc(const arguments& a_args) {
     return k_exit_ok;
 }
 
+void declare_sound_rate(nubase::arg::optparser& a_parser) {
+    a_parser.add_opt(k_rate, "rate", 1, 1);
+    a_parser.add_opt(k_df, "df", 0, 0);
+    a_parser.add_opt(k_ndf, "ndf", 0, 0);
+}
+
 void declare_probe(nubase::arg::optparser& a_parser) {
     a_parser.add_opt(k_json, "json", 0, 0);
+    declare_sound_rate(a_parser);
 }
 
 option_texts describe_probe() {
@@ -232,20 +480,38 @@ option_texts describe_probe() {
              "(time scale / frame duration, reduced), !Q!fps!QE! (the nominal frames a second), "
              "!Q!drop_frame!QE!, !Q!max_24h!QE!, !Q!negative!QE!, !Q!counter!QE!, !Q!reel!QE! "
              "(null without a reel name) and !Q!sample_value!QE! (the 32-bit frame counter stored "
-             "in the first sample, not the packed form of !Q!tc --tmcd!QE!). A file that failed "
-             "has its message in !Q!error!QE!."}};
+             "in the first sample, not the packed form of !Q!tc --tmcd!QE!). A sound file has one "
+             "entry for its recording, with !Q!track_id!QE! null, !Q!start!QE!, !Q!end!QE!, "
+             "!Q!rate!QE! and !Q!fps!QE! null when no rate is known (then !Q!time_of_day!QE! and "
+             "!Q!time_of_day_samples!QE! are set), !Q!remainder_samples!QE! (the samples the time "
+             "reference lies past its frame's first one), !Q!sample_rate!QE!, "
+             "!Q!time_reference!QE! (samples since midnight), !Q!channels!QE!, !Q!bits!QE!, "
+             "!Q!scene!QE!, !Q!take!QE!, !Q!project!QE! and !Q!originator!QE!. A file that "
+             "failed has its message in !Q!error!QE!."},
+            {k_rate,
+             "For a sound file whose iXML records no timecode rate: the rate to label "
+             "its time reference at. 23.976, 24, 25, 29.97, 30, 48, 50, 59.94, 60, 100 "
+             "or 120, also as a fraction (!Q!30000/1001!QE!). A rate the file records is "
+             "used instead, with a note on standard error. Refused for a movie."},
+            {k_df, k_df_text},
+            {k_ndf, k_ndf_text}};
 }
 
 void declare_retc(nubase::arg::optparser& a_parser) {
     a_parser.add_opt(k_track, "track", 1, 1);
     a_parser.add_opt(k_dry_run, "dry-run", 0, 0);
+    declare_sound_rate(a_parser);
 }
 
 option_texts describe_retc() {
     return {{k_track,
-             "The track id of the timecode track to restamp; needed when the "
-             "file has several."},
-            {k_dry_run, "Print what would change and write nothing."}};
+             "The track id of the timecode track to restamp; needed when the file has several."},
+            {k_dry_run, "Print what would change and write nothing."},
+            {k_rate,
+             "For a sound file whose iXML records no timecode rate: the rate of "
+             "TIMECODE, as for probe."},
+            {k_df, k_df_text},
+            {k_ndf, k_ndf_text}};
 }
 
 }  // namespace nubase_tool

@@ -24,31 +24,37 @@ option_texts describe_run();
 
 const std::vector<command>& commands() {
     static const std::vector<command> s_commands = {
-        {"probe", "probe [--json] FILE...", "the timecode tracks of QuickTime and MP4 files",
-         "Reads every timecode track of each file (a track whose sample description is tmcd) and "
+        {"probe", "probe [--json] [--rate R [--df | --ndf]] FILE...",
+         "the timecode of QuickTime and MP4 movies and Broadcast WAV recordings",
+         "Reads every timecode track of each movie (a track whose sample description is tmcd), "
+         "or the time reference of a Broadcast WAV or RF64 recording, told apart by content, and "
          "prints one line per track: the start timecode, the rate and whether it counts in "
          "drop-frame; a counter track prints its count. The primary track comes first (the one "
          "the first video track references, else the lowest track id) in the form "
          "!Q!clip.mov: 01:00:00;00 29.97 fps drop-frame!QE!; further tracks as "
-         "!Q!clip.mov [track 3]: ...!QE!. Labels use !Q!;!QE! before the frames for drop-frame "
-         "only. FILE may be !Q!-!QE! for standard input: pipes, FIFOs and devices are read "
-         "through, keeping the first 64 MiB of media data in case the movie header comes last. "
-         "Fragmented MP4 files are read through their fragments. The start is the first "
-         "sample's value as stored (edit lists are not applied). Exit status: 0 when every file "
-         "has a timecode track, 1 when one has none, 2 when one could not be read or is "
-         "malformed or inconsistent (one error line each).",
+         "!Q!clip.mov [track 3]: ...!QE!. A recording prints its label at the rate its iXML "
+         "records (or --rate), exactly in real time, with the samples its time reference lies "
+         "past the frame's first one: !Q!take12.wav: 14:03:22:05 +480 samples 25 fps non-drop "
+         "(from iXML)!QE!; without any rate, its time of day. Labels use !Q!;!QE! before the "
+         "frames for drop-frame only. FILE may be !Q!-!QE! for standard input: pipes, FIFOs and "
+         "devices are read through, keeping the first 64 MiB of media data in case the movie "
+         "header comes last. Fragmented MP4 files are read through their fragments. The start is "
+         "the first sample's value as stored (edit lists are not applied). Exit status: 0 when "
+         "every file has a timecode, 1 when one has none (no timecode track, no 'bext' chunk), 2 "
+         "when one could not be read or is malformed or inconsistent (one error line each).",
          &declare_probe, &describe_probe, &run_probe},
-        {"retc", "retc FILE TIMECODE [--track ID] [--dry-run]",
-         "restamps the start timecode of a movie in place",
-         "Rewrites the first sample of a timecode track (the 4 bytes of its frame counter) so "
-         "that the track starts at TIMECODE, read at the track's rate; no other byte of the file "
-         "changes, nor its size. Prints !Q!FILE: OLD -> NEW!QE! and exits 0. Refused, with "
-         "nothing written "
-         "(status 2): a file with several timecode tracks without --track, a counter track, a "
-         "sample that is not 4 bytes, a fragmented file whose sample cannot be located exactly, "
-         "a file that is not a regular writable file, and a timecode that does not exist at the "
-         "track's rate (a dropped label, minutes or seconds above 59, frames at or above the "
-         "nominal rate, 24 hours or more on a 24-hour track).",
+        {"retc", "retc FILE TIMECODE [--track ID] [--dry-run] [--rate R [--df | --ndf]]",
+         "restamps the start timecode of a movie or a recording in place",
+         "Rewrites the first sample of a timecode track (the 4 bytes of its frame counter), or "
+         "the time reference of a Broadcast WAV recording (8 bytes: the first whole sample of the "
+         "label's frame, below 24 hours), so that it starts at TIMECODE, read at its rate; no "
+         "other byte of the file changes, nor its size. Prints !Q!FILE: OLD -> NEW!QE! and exits "
+         "0. Refused, with nothing written (status 2): a file with several timecode tracks "
+         "without --track, a counter track, a sample that is not 4 bytes, a fragmented file whose "
+         "sample cannot be located exactly, a recording without a 'bext' chunk or without a "
+         "known rate, a file that is not a regular writable file, and a timecode that does not "
+         "exist at the rate (a dropped label, minutes or seconds above 59, frames at or above "
+         "the nominal rate, 24 hours or more on a 24-hour track).",
          &declare_retc, &describe_retc, &run_retc, 2},
         {"tc",
          "tc TIMECODE [--rate R] [--df | --ndf] [--add N | --sub N | --minus TIMECODE2] "

@@ -2,7 +2,9 @@
 #include "input.hpp"
 
 #include <cerrno>
+#include <algorithm>
 #include <cstring>
+#include <string>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -16,6 +18,37 @@ class media_input::reader : public nubase::stream::rda {
     reader(int a_fd, bool a_regular) : m_fd(a_fd), m_regular(a_regular) {}
 
     unsigned long long read(void* a_p, unsigned long long a_n) override {
+        if (m_replayed < m_front.size()) {
+            const std::size_t l_n = std::min<std::size_t>(a_n, m_front.size() - m_replayed);
+            std::memcpy(a_p, m_front.data() + m_replayed, l_n);
+            m_replayed += l_n;
+            m_position += l_n;
+            return l_n;
+        }
+        return read_fd(a_p, a_n);
+    }
+
+    // The first n bytes, kept to be read again (a regular file reads them in place).
+    std::string front(std::size_t a_n) {
+        std::string l_bytes(a_n, '\0');
+        std::size_t l_got = 0;
+        if (m_regular) {
+            const ssize_t l_n = ::pread(m_fd, &l_bytes[0], a_n, 0);
+            l_got = l_n > 0 ? static_cast<std::size_t>(l_n) : 0;
+        } else {
+            while (l_got < a_n) {
+                const unsigned long long l_n = read_fd(&l_bytes[l_got], a_n - l_got);
+                if (l_n == 0) break;
+                l_got += l_n;
+            }
+            m_front.assign(l_bytes, 0, l_got);
+            m_position = 0;
+        }
+        l_bytes.resize(l_got);
+        return l_bytes;
+    }
+
+    unsigned long long read_fd(void* a_p, unsigned long long a_n) {
         for (;;) {
             const ssize_t l_got = ::read(m_fd, a_p, a_n);
             if (l_got >= 0) {
@@ -52,6 +85,8 @@ class media_input::reader : public nubase::stream::rda {
     int m_fd;
     bool m_regular;
     unsigned long long m_position = 0;
+    std::string m_front;  // a pipe's first bytes, read again first
+    std::size_t m_replayed = 0;
 };
 
 media_input::media_input(const std::string& a_path) {
@@ -81,6 +116,10 @@ media_input::~media_input() {
 
 nubase::stream::rd& media_input::stream() {
     return *m_reader;
+}
+
+std::string media_input::front(std::size_t a_n) {
+    return m_reader->front(a_n);
 }
 
 nubase::stream::rda* media_input::seekable() {

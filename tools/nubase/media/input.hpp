@@ -31,6 +31,9 @@ class media_input {
     // null otherwise. Read failures raise `input_error`.
     nubase::stream::rd& stream();
     nubase::stream::rda* seekable();
+    // Up to n of the first bytes, for telling the container by its content. Read before the
+    // stream is used; a pipe gives them to the stream again as its first bytes.
+    std::string front(std::size_t a_n);
 
   private:
     class reader;

@@ -34,6 +34,15 @@ std::vector<unsigned char> be32_field(std::uint32_t a_value) {
     return l_bytes;
 }
 
+std::vector<unsigned char> le64_field(std::uint64_t a_value) {
+    std::vector<unsigned char> l_bytes(8);
+    nubase::stream::mem l_sink(l_bytes.data(), l_bytes.size());
+    nubase::bytestream::wr l_writer(l_sink, 8);
+    l_writer.write_le64(a_value);
+    l_writer.clear(l_sink);
+    return l_bytes;
+}
+
 file_identity identify_regular_file(const std::string& a_path) {
     struct stat l_st;
     if (::stat(a_path.c_str(), &l_st) != 0) fail("cannot open");

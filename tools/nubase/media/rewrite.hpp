@@ -26,6 +26,8 @@ bool is_writable(const std::string& a_path);
 
 // `value` as the 4 bytes of a big-endian field, the form of a timecode sample.
 std::vector<unsigned char> be32_field(std::uint32_t a_value);
+// `value` as the 8 bytes of a little-endian field, the form of a WAV time reference.
+std::vector<unsigned char> le64_field(std::uint64_t a_value);
 
 // Writes `bytes` at `offset` of the file at `path` in one `pwrite`, then `fsync`s it, after
 // checking that it is still `identity` and that the bytes lie inside it. Raises `input_error`

@@ -61,6 +61,34 @@ struct timecode_source {
     std::uint64_t duration_frames() const;
 };
 
+// A sound recording's time reference: a Broadcast WAV file (RIFF/WAVE or RF64) with a 'bext'
+// chunk, and what its 'fmt ' and 'iXML' chunks say.
+struct recording_source {
+    unsigned channels = 0, bits = 0, block_align = 0;
+    std::uint32_t sample_rate = 0;
+    std::uint64_t data_size = 0;  // bytes of sound
+
+    bool has_time_reference = false;          // a 'bext' chunk was found
+    std::uint64_t time_reference = 0;         // samples since midnight
+    std::uint64_t time_reference_offset = 0;  // where its 8 little-endian bytes lie
+    std::string description, originator, origination_date, origination_time;
+
+    // From iXML: the timecode rate as a fraction (0/0 when not recorded), its drop-frame flag
+    // (when recorded), and the names of the take.
+    std::uint32_t rate_num = 0, rate_den = 0;
+    bool has_flag = false, drop_frame = false;
+    std::string project, scene, take;
+
+    // The samples of sound: data_size / block_align.
+    std::uint64_t samples() const { return block_align == 0 ? 0 : data_size / block_align; }
+    // The frame that sample `sample` lies in, at num/den frames a second, counted exactly in
+    // real time: floor(sample x num / (sample_rate x den)).
+    std::uint64_t frame_of(std::uint64_t a_sample, std::uint32_t a_num, std::uint32_t a_den) const;
+    // The first whole sample of frame `frame`: ceil(frame x sample_rate x den / num).
+    std::uint64_t first_sample_of(std::uint64_t a_frame, std::uint32_t a_num,
+                                  std::uint32_t a_den) const;
+};
+
 // Every timecode track of a file, the primary one first: the track the first video track in
 // file order references, else the one with the lowest track id; the others by track id.
 struct movie_timecode {
