@@ -171,7 +171,8 @@ TEST_F(Tool, ProbeListsEveryTimecodeTrack) {
     counter.more_flags = 8;
     counter.first_frame = 1234;
     const std::pair<movie_layout, const char*> rows[] = {
-        {two, "F: 01:00:00;00 29.97 fps drop-frame\nF [track 3]: 01:00:01;00 29.97 fps drop-frame\n"},
+        {two,
+         "F: 01:00:00;00 29.97 fps drop-frame\nF [track 3]: 01:00:01;00 29.97 fps drop-frame\n"},
         {second_first,
          "F: 01:00:01;00 29.97 fps drop-frame\nF [track 2]: 01:00:00;00 29.97 fps drop-frame\n"},
         {fragmented, "F: 01:00:00;00 29.97 fps drop-frame\n"},
@@ -229,7 +230,8 @@ TEST_F(Tool, ProbeRefusesWhatItCannotReadExactly) {
         {"", "no movie header: the file may be incomplete"},
         {bytes.substr(0, 7), "no movie header: the file may be incomplete"},
         {bytes.substr(0, 20), "no movie header: the file may be incomplete"},  // behind 'ftyp'
-        {bytes.substr(0, 30), "the media data runs past the end of the file; the movie header is missing"},
+        {bytes.substr(0, 30),
+         "the media data runs past the end of the file; the movie header is missing"},
         {std::string(4096, '\0'), "not a QuickTime or MP4 file"},
         {to_string(nubase_tool::write_movie(bad24)),
          "an inconsistent timecode description: 24 frames a second at a rate of 25/1"},
@@ -302,11 +304,14 @@ TEST_F(Tool, RetcRewritesOnlyTheSample) {
     const std::string plain = write("plain.mov", nubase_tool::write_movie({}));
     const std::string saved = slurp(several) + slurp(count) + slurp(plain);
     const std::pair<std::vector<std::string>, std::string> refusals[] = {
-        {{several, "01:00:00;00"}, several + ": several timecode tracks (2, 3): choose one with --track"},
+        {{several, "01:00:00;00"},
+         several + ": several timecode tracks (2, 3): choose one with --track"},
         {{several, "01:00:00;00", "--track", "7"}, several + ": no timecode track with the id '7'"},
         {{count, "01:00:00;00"}, count + ": a counter track holds a count, not a timecode"},
-        {{plain, "00:01:00;00"}, plain + ": timecode 00:01:00;00 does not exist at 29.97 drop-frame"},
-        {{plain, "00:00:00;30"}, plain + ": timecode 00:00:00;30 does not exist at 29.97 drop-frame"},
+        {{plain, "00:01:00;00"},
+         plain + ": timecode 00:01:00;00 does not exist at 29.97 drop-frame"},
+        {{plain, "00:00:00;30"},
+         plain + ": timecode 00:00:00;30 does not exist at 29.97 drop-frame"},
         {{"-", "01:00:00;00"}, "-: standard input cannot be rewritten in place: give the file"},
     };
     for (const auto& [args, message] : refusals) {
@@ -318,6 +323,163 @@ TEST_F(Tool, RetcRewritesOnlyTheSample) {
     }
     EXPECT_EQ(saved, slurp(several) + slurp(count) + slurp(plain));
     EXPECT_EQ(0, run({"retc", several, "02:00:00;00", "--track", "3"}).code);
+}
+
+// A Broadcast WAV recording as recorders write it: fmt, bext, data, then iXML (odd lengths
+// padded). 48 kHz stereo 24-bit; RF64 carries the data size in ds64 and is written sparse.
+struct wave_layout {
+    std::uint64_t time_reference = 0;
+    const char* ixml = nullptr;
+    bool bext = true, rf64 = false;
+    std::uint64_t data_bytes = 6 * 4800;
+    std::uint32_t sample_rate = 48000;
+    std::size_t bext_size = 602;
+};
+
+std::string le(std::uint64_t value, int bytes) {
+    std::string out;
+    for (int i = 0; i < bytes; ++i)
+        out += static_cast<char>(value >> (8 * i));
+    return out;
+}
+
+std::string chunk(const char* id, const std::string& body) {
+    return std::string(id, 4) + le(body.size(), 4) + body +
+           (body.size() % 2 ? std::string(1, '\0') : "");
+}
+
+std::string wave(const wave_layout& w) {
+    std::string body = "WAVE";
+    if (w.rf64) body += chunk("ds64", le(0, 8) + le(w.data_bytes, 8) + le(0, 8) + le(0, 4));
+    body += chunk("fmt ", le(1, 2) + le(2, 2) + le(w.sample_rate, 4) + le(w.sample_rate * 6, 4) +
+                              le(6, 2) + le(24, 2));
+    if (w.bext) {
+        std::string bext(w.bext_size, '\0');
+        bext.replace(256, 8, "SoundDev");
+        if (w.bext_size >= 346) bext.replace(338, 8, le(w.time_reference, 8));
+        body += chunk("bext", bext);
+    }
+    if (w.rf64 && w.ixml) body += chunk("iXML", w.ixml);
+    const std::string data_header =
+        std::string("data", 4) + le(w.rf64 ? 0xFFFFFFFFu : w.data_bytes, 4);
+    std::string tail = w.rf64 || !w.ixml ? "" : chunk("iXML", w.ixml);
+    const std::string form = w.rf64 ? "RF64" : "RIFF";
+    return form + le(body.size() + 8 + w.data_bytes + tail.size(), 4) + body + data_header +
+           (w.rf64 ? "" : std::string(w.data_bytes, '\0') + tail);
+}
+
+const char k_ixml_25[] =
+    "<?xml version=\"1.0\"?><BWFXML><PROJECT>Film</PROJECT><SCENE>12A</SCENE><TAKE>3</TAKE>"
+    "<SPEED><TIMECODE_RATE>25/1</TIMECODE_RATE><TIMECODE_FLAG>NDF</TIMECODE_FLAG></SPEED></BWFXML>";
+
+// Sound recordings: the label of the time reference, exactly, at the rate the file records.
+TEST_F(Tool, ProbeReadsBroadcastWave) {
+    const std::uint64_t at_14_03_22_05 = (14 * 3600 + 3 * 60 + 22) * 48000ull + 5 * 1920;
+    wave_layout take, df, film, none, silent, odd_ixml;
+    take.time_reference = at_14_03_22_05 + 480;
+    take.ixml = k_ixml_25;
+    df.time_reference = 172799828;  // the first whole sample of 01:00:00;00 at 30000/1001
+    df.ixml =
+        "<BWFXML><SPEED><TIMECODE_RATE>30000/1001</TIMECODE_RATE>"
+        "<TIMECODE_FLAG>DF</TIMECODE_FLAG></SPEED></BWFXML>";
+    film.ixml = "<BWFXML>\n <SPEED> <TIMECODE_RATE> 24000/1001 </TIMECODE_RATE> </SPEED></BWFXML>";
+    none.time_reference = at_14_03_22_05;
+    silent.bext = false;
+    const std::pair<wave_layout, std::string> rows[] = {
+        {take, "14:03:22:05 +480 samples 25 fps non-drop (from iXML)"},
+        {df, "01:00:00;00 29.97 fps drop-frame (from iXML)"},
+        {film, "00:00:00:00 23.976 fps non-drop (from iXML)"},
+        {none,
+         "time of day 14:03:22 +9600 samples at 48000 Hz; no frame rate recorded (give --rate)"},
+        {silent, "no time reference (no 'bext' chunk)"},
+    };
+    for (const auto& [layout, expected] : rows) {
+        const std::string file = write("take.wav", wave(layout));
+        const result got = run({"probe", "take.wav"});
+        EXPECT_EQ(layout.bext ? 0 : 1, got.code) << got.err;
+        EXPECT_EQ("take.wav: " + expected + "\n", got.out);
+        // Through a pipe, the iXML behind the sound data is still found.
+        EXPECT_EQ("-: " + expected + "\n", run({"probe", "-"}, wave(layout)).out);
+    }
+    write("take.wav", wave(none));  // frame 1516549 at 30000/1001 starts at sample 2428904879
+    EXPECT_EQ("take.wav: 14:03:22;07 +721 samples 29.97 fps drop-frame (from --rate)\n",
+              run({"probe", "take.wav", "--rate", "29.97"}).out);
+
+    // RF64: the data size from ds64 (5 GiB, written sparse), and the JSON fields of a recording.
+    wave_layout big;
+    big.rf64 = true;
+    big.ixml = k_ixml_25;
+    big.data_bytes = 5ull << 30;
+    const std::string rf64 = write("big.wav", wave(big));
+    ASSERT_EQ(0, truncate(rf64.c_str(), static_cast<off_t>(wave(big).size() + big.data_bytes)));
+    const result got = run({"probe", "--json", "big.wav"});
+    EXPECT_EQ(0, got.code) << got.err;
+    EXPECT_THAT(got.out, HasSubstr("\"start\": \"00:00:00:00\", \"end\": \"05:10:41:08\", "
+                                   "\"duration_frames\": 466033, \"rate\": \"25/1\", \"fps\": 25"));
+    EXPECT_THAT(got.out,
+                HasSubstr("\"sample_rate\": 48000, \"time_reference\": 0, \"channels\": 2, "
+                          "\"bits\": 24, \"scene\": \"12A\", \"take\": \"3\", "
+                          "\"project\": \"Film\", \"originator\": \"SoundDev\""));
+}
+
+TEST_F(Tool, BroadcastWaveRefusalsAndRestamping) {
+    wave_layout take;
+    take.time_reference = 12345;
+    take.ixml = k_ixml_25;
+    wave_layout short_bext = take, zero_rate = take, bad_xml = take;
+    short_bext.bext_size = 600;
+    zero_rate.sample_rate = 0;
+    bad_xml.ixml = "<BWFXML><SPEED></BWFXML>";
+    const std::pair<std::string, const char*> malformed[] = {
+        {wave(short_bext), "a 'bext' chunk shorter than its fixed part"},
+        {wave(zero_rate), "a sample rate of 0"},
+        {wave(bad_xml), "an 'iXML' chunk that is not well formed"},
+        {wave(take).substr(0, 700), "a size past the end of the file in chunk 'data'"},
+    };
+    for (const auto& [bytes, message] : malformed) {
+        write("bad.wav", bytes);
+        const result got = run({"probe", "bad.wav"});
+        EXPECT_EQ(2, got.code);
+        EXPECT_EQ(std::string("*** bad.wav: malformed file: ") + message + "\n", got.err);
+    }
+
+    const std::string before = wave(take);
+    write("take.wav", before);
+    const result got = run({"retc", "take.wav", "10:00:00:00"});
+    EXPECT_EQ("take.wav: 00:00:00:06 +825 samples -> 10:00:00:00\n", got.out) << got.err;
+    EXPECT_EQ("take.wav: 10:00:00:00 25 fps non-drop (from iXML)\n",
+              run({"probe", "take.wav"}).out);
+    const std::string after = slurp(path("take.wav"));
+    ASSERT_EQ(before.size(), after.size());
+    std::vector<std::size_t> changed;
+    for (std::size_t i = 0; i < before.size(); ++i)
+        if (before[i] != after[i]) changed.push_back(i);
+    ASSERT_FALSE(changed.empty());
+    EXPECT_LT(changed.back() - changed.front(), 8u);
+    wave_layout no_rate = take, silent = take;
+    no_rate.ixml = nullptr;
+    silent.bext = false;
+    write("norate.wav", wave(no_rate));
+    write("silent.wav", wave(silent));
+    const std::pair<std::vector<std::string>, std::string> refusals[] = {
+        {{"take.wav", "24:00:00:00"},
+         "take.wav: timecode 24:00:00:00 does not exist at 25 (a time reference counts from "
+         "midnight)"},
+        {{"norate.wav", "01:00:00:00"}, "norate.wav: no frame rate recorded: give --rate"},
+        {{"silent.wav", "01:00:00:00"},
+         "silent.wav: no time reference to rewrite (no 'bext' chunk)"},
+    };
+    for (const auto& [args, message] : refusals) {
+        std::vector<std::string> argv = {"retc"};
+        argv.insert(argv.end(), args.begin(), args.end());
+        const result refused = run(argv);
+        EXPECT_EQ(2, refused.code);
+        EXPECT_EQ("*** " + message + "\n", refused.err);
+    }
+    EXPECT_EQ("norate.wav: 00:00:00;07 +1133 samples -> 01:00:00;00\n",
+              run({"retc", "norate.wav", "01:00:00;00", "--rate", "29.97"}).out);
+    EXPECT_EQ(2,
+              run({"probe", "--rate", "25", write("clip.mov", nubase_tool::write_movie({}))}).code);
 }
 
 TEST_F(Tool, TimecodeCalculator) {
@@ -340,11 +502,13 @@ TEST_F(Tool, TimecodeCalculator) {
         {{"tc", "23:59:59:24", "--add", "1"}, 0, "24:00:00:00\n"},
         {{"tc", "01:00:00:00", "--rate", "48", "--add", "47"}, 0, "01:00:00:47\n"},
         {{"tc", "00:59:59;28", "--minus", "01:00:00;00"}, 0, "-00:00:00;02\nframes -2\n"},
-        {{"tc", "01:00:00:00", "--rate", "30000/1001", "--frames"}, 0, "01:00:00:00\nframes 108000\n"},
+        {{"tc", "01:00:00:00", "--rate", "30000/1001", "--frames"},
+         0,
+         "01:00:00:00\nframes 108000\n"},
         {{"tc", "--from-frames", "1800", "--rate", "29.97", "--ndf"}, 0, "00:01:00:00\n"},
-        {{"tc", "01:00:00;00", "--ndf"}, 2, ""},              // contradicts the ';'
-        {{"tc", "00:00:00:00", "--rate", "25", "--df"}, 2, ""},  // no drop-frame at 25
-        {{"tc", "--from-tmcd", "0x00630000", "--rate", "25"}, 2, ""},  // minute 99
+        {{"tc", "01:00:00;00", "--ndf"}, 2, ""},                            // contradicts the ';'
+        {{"tc", "00:00:00:00", "--rate", "25", "--df"}, 2, ""},             // no drop-frame at 25
+        {{"tc", "--from-tmcd", "0x00630000", "--rate", "25"}, 2, ""},       // minute 99
         {{"tc", "--from-frames", "4294967295", "--rate", "29.97"}, 2, ""},  // past 32 bits
         {{"tc", "00:01:00;00"}, 2, ""},
         {{"tc", "00:00:00:25"}, 2, ""},
@@ -412,8 +576,10 @@ TEST_F(Tool, CodersStreamBothWays) {
 
     // Strict decoding names the first bad byte of the input; --lenient decodes as the library.
     const std::pair<std::vector<std::string>, std::string> refused[] = {
-        {{"hex", "decode"}, "zz"},    {{"base64", "decode"}, "@@@@"},
-        {{"base64", "decode"}, "QUJD\nR=E="}, {{"base64", "decode"}, "QQ==QQ=="}};
+        {{"hex", "decode"}, "zz"},
+        {{"base64", "decode"}, "@@@@"},
+        {{"base64", "decode"}, "QUJD\nR=E="},
+        {{"base64", "decode"}, "QQ==QQ=="}};
     const char* const offsets[] = {"byte 0", "byte 0", "byte 6", "byte 4"};
     for (std::size_t i = 0; i < 4; ++i) {
         const result got = run(refused[i].first, refused[i].second);
@@ -427,14 +593,17 @@ TEST_F(Tool, CodersStreamBothWays) {
     write("sample.bin", sample);
     for (const char* columns : {"0", "76"}) {
         EXPECT_EQ(0, std::system(("base64 -w " + std::string(columns) + " " + path("sample.bin") +
-                                  " > " + path("coreutils.b64")).c_str()));
+                                  " > " + path("coreutils.b64"))
+                                     .c_str()));
         std::string expected = slurp(path("coreutils.b64"));
         if (expected.back() != '\n') expected += '\n';  // ours always ends its last line
-        EXPECT_EQ(expected,
-                  run({"base64", "encode", std::string("--wrap=") + columns, path("sample.bin")}).out);
+        EXPECT_EQ(
+            expected,
+            run({"base64", "encode", std::string("--wrap=") + columns, path("sample.bin")}).out);
         EXPECT_TRUE(run({"base64", "decode", path("coreutils.b64")}).out == sample);
     }
-    EXPECT_EQ(0, std::system(("od -An -v -tx1 " + path("sample.bin") + " > " + path("od.txt")).c_str()));
+    EXPECT_EQ(
+        0, std::system(("od -An -v -tx1 " + path("sample.bin") + " > " + path("od.txt")).c_str()));
     EXPECT_TRUE(run({"hex", "decode", path("od.txt")}).out == sample);  // od's blanks are skipped
     const result missing = run({"hex", "encode", path("none")});
     EXPECT_EQ(2, missing.code);
@@ -490,9 +659,12 @@ TEST_F(Tool, SysinfoSelftestAndDemo) {
     for (const char* key : {"host ", "kernel ", "cpus ", "memory ", "home "}) {
         EXPECT_THAT(got.out, HasSubstr(key));
     }
-    EXPECT_THAT(got.out, HasSubstr("\nuser       " + std::string(getpwuid(getuid())->pw_name) + "\n"));
+    EXPECT_THAT(got.out,
+                HasSubstr("\nuser       " + std::string(getpwuid(getuid())->pw_name) + "\n"));
     EXPECT_THAT(got.out, HasSubstr("\ntmp        " + dir + "\n"));
-    EXPECT_THAT(got.out, testing::MatchesRegex("(.|\n)*\nload +[0-9.]+ [0-9.]+ [0-9.]+ \\(1, 5, 15 minutes\\)\n(.|\n)*"));
+    EXPECT_THAT(got.out,
+                testing::MatchesRegex(
+                    "(.|\n)*\nload +[0-9.]+ [0-9.]+ [0-9.]+ \\(1, 5, 15 minutes\\)\n(.|\n)*"));
     EXPECT_THAT(got.out, HasSubstr("/nubase\n"));  // the executable, not its folder
     for (std::size_t at = 0, end; (end = got.out.find('\n', at)) != std::string::npos; at = end + 1)
         EXPECT_LE(end - at, 80u) << got.out.substr(at, end - at);
@@ -537,7 +709,8 @@ TEST_F(Tool, ManualPagesAndUsageErrors) {
     // is valid bash; the HTML page is well formed (Python's own parser checks its nesting).
     write("nubase.1", run({"--roff"}).out);
     EXPECT_EQ(0, std::system(("groff -ww -man -Tutf8 -P-cbou " + path("nubase.1") + " > " +
-                              path("man.txt") + " 2> " + path("warnings")).c_str()));
+                              path("man.txt") + " 2> " + path("warnings"))
+                                 .c_str()));
     EXPECT_EQ("", slurp(path("warnings")));
     const std::string man = slurp(path("man.txt"));
     for (const char* name : {"\n   probe\n", "\n   retc\n", "\n   demo\n", "--from-tmcd VALUE"})
