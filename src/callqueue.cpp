@@ -10,11 +10,9 @@
 #include "posix/futex.hpp"
 #include "posix/spin.hpp"
 #include "raise.hpp"
+#include "thread_unwind.hpp"
 
 namespace nubase {
-
-// From thread.cpp: prepares the stack for passing on a thread's exit or cancellation.
-void unpoison_unwound_stack() noexcept;
 
 namespace {
 

@@ -13,10 +13,9 @@
 #include "nubase/es.hpp"
 #include "nubase/thread.hpp"
 #include "raise.hpp"
+#include "thread_unwind.hpp"
 
 namespace nubase {
-
-void unpoison_unwound_stack() noexcept;
 
 namespace {
 
@@ -65,11 +64,7 @@ void* thread_start(void* a_work) {
 
 }  // namespace
 
-// Called before passing on a thread's exit or cancellation (an exception of no C++ type). Under
-// AddressSanitizer the forced unwinding leaves the redzones of the unwound frames poisoned, and the
-// sanitizer's own bookkeeping on the rethrow then trips over them; clearing the unused part of the
-// stack avoids that false report. Nothing in other builds. Shared with the call queue; not
-// exported.
+// Shared with the call queue through thread_unwind.hpp; not exported.
 void unpoison_unwound_stack() noexcept {
 #if defined(__SANITIZE_ADDRESS__)
     pthread_attr_t l_attr;

@@ -16,7 +16,7 @@
 #include <vector>
 
 #include "nubase/thread.hpp"
-#include "vectors/raise.hpp"
+#include "support/raise.hpp"
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "../src/coding_kernels.hpp"
 #include "nubase/es.hpp"
 #include "vectors/coding.hpp"
-#include "vectors/raise.hpp"
+#include "support/raise.hpp"
 
 namespace {
 

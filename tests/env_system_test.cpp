@@ -13,7 +13,7 @@
 #include "nubase/env.hpp"
 #include "nubase/es.hpp"
 #include "vectors/path.hpp"
-#include "vectors/raise.hpp"
+#include "support/raise.hpp"
 
 namespace {
 

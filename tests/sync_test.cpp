@@ -10,7 +10,7 @@
 #include <thread>
 #include <type_traits>
 
-#include "vectors/raise.hpp"
+#include "support/raise.hpp"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <stdexcept>
 
 #include "nubase/sync.hpp"
-#include "vectors/raise.hpp"
+#include "support/raise.hpp"
 
 namespace {
 

@@ -8,8 +8,8 @@
 //   std::string l_cwd = nubase::env::get_current_working_directory_path();  // "/home/ann/clips"
 //   std::string l_home = nubase::env::get_user_home_path();                 // "/home/ann"
 //
-// The family grows with the other system queries (executable, processor, memory, host names,
-// environment variables); each follows the same pattern of fallback and documented raise.
+// The other system queries (executable, processor, memory, host names, environment variables)
+// follow the same pattern of fallback and documented raise.
 #ifndef NUBASE_ENV_HPP
 #define NUBASE_ENV_HPP
 

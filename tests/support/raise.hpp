@@ -1,7 +1,7 @@
 // The identity check of a raised library error, shared by the test files: the error's type, its
 // source name, its line and its message are all part of what the library promises.
-#ifndef NUBASE_TESTS_VECTORS_RAISE_HPP
-#define NUBASE_TESTS_VECTORS_RAISE_HPP
+#ifndef NUBASE_TESTS_SUPPORT_RAISE_HPP
+#define NUBASE_TESTS_SUPPORT_RAISE_HPP
 
 #include <gtest/gtest.h>
 
@@ -26,4 +26,4 @@ void expect_raise(Body body, const char* source, unsigned line, const std::strin
 
 }  // namespace nubase_vectors
 
-#endif  // NUBASE_TESTS_VECTORS_RAISE_HPP
+#endif  // NUBASE_TESTS_SUPPORT_RAISE_HPP
