@@ -760,6 +760,13 @@ TEST_F(Tool, ManualPagesAndUsageErrors) {
     int status = 0;
     waitpid(pid, &status, 0);
     EXPECT_EQ(2, WEXITSTATUS(status));
+    // A reader that stops early ends the tool quietly, by SIGPIPE.
+    write("big.bin", std::string(4 << 20, 'x'));
+    write("pipe.sh", "set -o pipefail\n" + std::string(NUBASE_TOOL_PATH) + " hex encode " +
+                         path("big.bin") + " 2> " + path("pipe.err") + " | head -c 1 > /dev/null\n" +
+                         "test $? -eq 141\n");
+    EXPECT_EQ(0, std::system(("bash " + path("pipe.sh")).c_str()));
+    EXPECT_EQ("", slurp(path("pipe.err")));
 }
 
 }  // namespace
