@@ -9,25 +9,9 @@
 #include "media/quicktime.hpp"
 #include "nubase/es.hpp"
 #include "nubase/stream.hpp"
+#include "vectors/stream.hpp"
 
 namespace {
-
-// The bytes as a pipe gives them: no seeking, short reads.
-class pipe_stream : public nubase::stream::rd {
-  public:
-    pipe_stream(const std::uint8_t* a_data, std::size_t a_size) : m_data(a_data), m_size(a_size) {}
-    unsigned long long read(void* a_p, unsigned long long a_n) override {
-        const unsigned long long l_n = std::min<unsigned long long>({a_n, m_size - m_at, 4093});
-        std::copy(m_data + m_at, m_data + m_at + l_n, static_cast<std::uint8_t*>(a_p));
-        m_at += l_n;
-        return l_n;
-    }
-    unsigned long long tell() override { return m_at; }
-
-  private:
-    const std::uint8_t* m_data;
-    std::size_t m_size, m_at = 0;
-};
 
 bool read(nubase::stream::rd& a_source, nubase::stream::rda* a_seekable,
           nubase_tool::movie_timecode& a_movie) {
@@ -52,7 +36,7 @@ bool same(const nubase_tool::timecode_source& a_x, const nubase_tool::timecode_s
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     nubase::stream::mem file(const_cast<std::uint8_t*>(data), size);
-    pipe_stream pipe(data, size);
+    nubase_vectors::stream::piece_rd pipe(data, size, 4093);  // a pipe: no seeks, short reads
     nubase_tool::movie_timecode from_file, from_pipe;
     const bool file_ok = read(file, &file, from_file);
     const bool pipe_ok = read(pipe, nullptr, from_pipe);

@@ -8,24 +8,9 @@
 #include "media/riff.hpp"
 #include "nubase/es.hpp"
 #include "nubase/stream.hpp"
+#include "vectors/stream.hpp"
 
 namespace {
-
-class pipe_stream : public nubase::stream::rd {
-  public:
-    pipe_stream(const std::uint8_t* a_data, std::size_t a_size) : m_data(a_data), m_size(a_size) {}
-    unsigned long long read(void* a_p, unsigned long long a_n) override {
-        const unsigned long long l_n = std::min<unsigned long long>({a_n, m_size - m_at, 509});
-        std::copy(m_data + m_at, m_data + m_at + l_n, static_cast<std::uint8_t*>(a_p));
-        m_at += l_n;
-        return l_n;
-    }
-    unsigned long long tell() override { return m_at; }
-
-  private:
-    const std::uint8_t* m_data;
-    std::size_t m_size, m_at = 0;
-};
 
 bool read(nubase::stream::rd& a_source, nubase::stream::rda* a_seekable,
           nubase_tool::recording_source& a_out) {
@@ -42,7 +27,7 @@ bool read(nubase::stream::rd& a_source, nubase::stream::rda* a_seekable,
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     nubase::stream::mem file(const_cast<std::uint8_t*>(data), size);
-    pipe_stream pipe(data, size);
+    nubase_vectors::stream::piece_rd pipe(data, size, 509);  // a pipe: no seeks, short reads
     nubase_tool::recording_source from_file, from_pipe;
     if (read(file, &file, from_file) && read(pipe, nullptr, from_pipe)) {
         if (from_file.time_reference != from_pipe.time_reference ||

@@ -8,32 +8,17 @@
 
 #include "nubase/bytestream.hpp"
 #include "nubase/es.hpp"
+#include "fourcc.hpp"
 #include "walk_input.hpp"
 
 namespace nubase_tool {
 namespace {
 
-constexpr std::uint32_t fourcc(const char (&a_text)[5]) {
-    return static_cast<std::uint32_t>(static_cast<unsigned char>(a_text[0])) << 24 |
-           static_cast<std::uint32_t>(static_cast<unsigned char>(a_text[1])) << 16 |
-           static_cast<std::uint32_t>(static_cast<unsigned char>(a_text[2])) << 8 |
-           static_cast<std::uint32_t>(static_cast<unsigned char>(a_text[3]));
-}
-
 // The largest atom read into memory whole (a movie header's sample tables are far smaller).
 constexpr std::uint64_t k_atom_limit = 256ull << 20;
 
-std::string type_text(std::uint32_t a_type) {
-    std::string l_text;
-    for (int l_shift = 24; l_shift >= 0; l_shift -= 8) {
-        const char l_char = static_cast<char>(a_type >> l_shift);
-        l_text += l_char >= 32 && l_char < 127 ? l_char : '?';
-    }
-    return l_text;
-}
-
 [[noreturn]] void malformed(const std::string& a_what, std::uint32_t a_type, std::uint64_t a_at) {
-    throw malformed_file("malformed file: " + a_what + " in atom '" + type_text(a_type) +
+    throw malformed_file("malformed file: " + a_what + " in atom '" + fourcc_text(a_type) +
                          "' at offset " + std::to_string(a_at));
 }
 

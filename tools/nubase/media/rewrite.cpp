@@ -25,22 +25,27 @@ file_identity identity_of(const struct stat& a_st) {
 
 }  // namespace
 
-std::vector<unsigned char> be32_field(std::uint32_t a_value) {
-    std::vector<unsigned char> l_bytes(4);
+namespace {
+
+// The bytes `write` puts through the library's byte writer.
+template <class Write>
+std::vector<unsigned char> written(std::size_t a_size, Write a_write) {
+    std::vector<unsigned char> l_bytes(a_size);
     nubase::stream::mem l_sink(l_bytes.data(), l_bytes.size());
     nubase::bytestream::wr l_writer(l_sink, 8);
-    l_writer.write_be32(a_value);
+    a_write(l_writer);
     l_writer.clear(l_sink);
     return l_bytes;
 }
 
+}  // namespace
+
+std::vector<unsigned char> be32_field(std::uint32_t a_value) {
+    return written(4, [&](nubase::bytestream::wr& a_w) { a_w.write_be32(a_value); });
+}
+
 std::vector<unsigned char> le64_field(std::uint64_t a_value) {
-    std::vector<unsigned char> l_bytes(8);
-    nubase::stream::mem l_sink(l_bytes.data(), l_bytes.size());
-    nubase::bytestream::wr l_writer(l_sink, 8);
-    l_writer.write_le64(a_value);
-    l_writer.clear(l_sink);
-    return l_bytes;
+    return written(8, [&](nubase::bytestream::wr& a_w) { a_w.write_le64(a_value); });
 }
 
 file_identity identify_regular_file(const std::string& a_path) {

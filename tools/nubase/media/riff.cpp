@@ -6,32 +6,17 @@
 
 #include "nubase/bytestream.hpp"
 #include "nubase/es.hpp"
+#include "fourcc.hpp"
 #include "walk_input.hpp"
 
 namespace nubase_tool {
 namespace {
-
-constexpr std::uint32_t fourcc(const char (&a_text)[5]) {
-    return static_cast<std::uint32_t>(static_cast<unsigned char>(a_text[0])) << 24 |
-           static_cast<std::uint32_t>(static_cast<unsigned char>(a_text[1])) << 16 |
-           static_cast<std::uint32_t>(static_cast<unsigned char>(a_text[2])) << 8 |
-           static_cast<std::uint32_t>(static_cast<unsigned char>(a_text[3]));
-}
 
 // The fixed part of 'bext': description 256, originator 32, its reference 32, date 10, time 8,
 // time reference 8 (low word first), version 2, UMID 64, loudness 10, reserved 180.
 constexpr std::uint64_t k_bext_fixed = 602;
 constexpr std::uint64_t k_bext_time_reference = 256 + 32 + 32 + 10 + 8;
 constexpr std::uint64_t k_ixml_limit = 16ull << 20;
-
-std::string chunk_text(std::uint32_t a_id) {
-    std::string l_text;
-    for (int l_shift = 24; l_shift >= 0; l_shift -= 8) {
-        const char l_char = static_cast<char>(a_id >> l_shift);
-        l_text += l_char >= 32 && l_char < 127 ? l_char : '?';
-    }
-    return l_text;
-}
 
 [[noreturn]] void malformed(const std::string& a_what) {
     throw malformed_file("malformed file: " + a_what);
@@ -203,12 +188,12 @@ recording_source read_riff(nubase::stream::rd& a_source, nubase::stream::rda* a_
                 malformed("an RF64 file whose first chunk is not 'ds64'");
             if (l_rf64 && l_size == 0xFFFFFFFFu) {
                 if (l_id != fourcc("data"))
-                    malformed("a 64-bit size for chunk '" + chunk_text(l_id) + "'");
+                    malformed("a 64-bit size for chunk '" + fourcc_text(l_id) + "'");
                 l_size = l_rf64_data;
             }
             const std::uint64_t l_body = l_start + 8;
             if (l_in.end() != k_no_end && l_size > l_in.end() - l_body)
-                malformed("a size past the end of the file in chunk '" + chunk_text(l_id) + "'");
+                malformed("a size past the end of the file in chunk '" + fourcc_text(l_id) + "'");
             const std::uint64_t l_end = l_body + l_size + (l_size & 1);
             if (l_id == fourcc("data")) {
                 l_r.data_size = l_size;
