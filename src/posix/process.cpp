@@ -105,12 +105,12 @@ struct child_plan {
     int in_read;
     int out_write;
     const sigset_t* signal_mask;  // the parent's own, to be restored for the program
-    int* start_error;             // where a failed exec leaves its errno for the parent
+    int report;                   // a close-on-exec pipe end for the errno of a failed exec, or -1
 };
 
 // The child's side, between the fork and the exec. Only async-signal-safe calls and no writes
-// outside this frame but one: the child shares the parent's memory until it executes or exits,
-// and a failed exec leaves its errno in the parent's `start_error` before the child exits.
+// outside this frame: the child shares the parent's memory until it executes or exits. A failed
+// exec writes its errno to the report pipe, which a successful one closes unwritten.
 [[noreturn]] __attribute__((noinline)) void run_child(const child_plan& a_plan) noexcept {
     // Every signal is blocked on arrival here. The host's handlers must not run in memory the
     // parent still uses: handled signals go back to their default before the mask is restored.
@@ -134,7 +134,9 @@ struct child_plan {
     }
     ::execve(a_plan.path, a_plan.argv, a_plan.envp);
     const int l_err = errno;
-    *a_plan.start_error = l_err;
+    if (a_plan.report != -1 && ::write(a_plan.report, &l_err, sizeof l_err) < 0) {
+        // The parent then sees no start error; the message below still says why.
+    }
     char l_message[1024];
     std::size_t l_used = 0;
     append(l_message, sizeof l_message, l_used, "Failed to start process '");
@@ -207,18 +209,33 @@ process::process(const std::string& a_id, const std::string& a_path,
     const std::vector<char*> l_argv = c_strings(l_argv_text);
     const std::vector<char*> l_envp = c_strings(l_env_text);
 
+    // The report pipe tells the parent why an exec failed, whether the child shares its memory
+    // (vfork) or not (a fork, as sanitizers make of vfork).
+    int l_report_read = -1, l_report_write = -1;
+    if (!make_pipe(l_report_read, l_report_write)) l_report_read = l_report_write = -1;
+
     sigset_t l_all, l_old;
     sigfillset(&l_all);
     ::pthread_sigmask(SIG_SETMASK, &l_all, &l_old);
     const child_plan l_plan{
         a_path.c_str(), l_argv.data(), l_envp.data(), m_working_directory.c_str(),
-        l_pipes,        m_in_read,     m_out_write,   &l_old, &m_start_error};
+        l_pipes,        m_in_read,     m_out_write,   &l_old, l_report_write};
     // The parent waits while the child shares its memory until the exec, which is what makes
     // starting a child cheap; the child only runs `run_child` on its own stack frame.
     const pid_t l_pid = ::vfork();
     if (l_pid == 0) run_child(l_plan);
     const int l_fork_err = errno;
     ::pthread_sigmask(SIG_SETMASK, &l_old, nullptr);
+    if (l_report_write != -1) {
+        close_fd(l_report_write);
+        // Empty when the exec succeeded (the pipe closed with it), else the exec's errno.
+        int l_err = 0;
+        ssize_t l_got;
+        while ((l_got = ::read(l_report_read, &l_err, sizeof l_err)) == -1 && errno == EINTR) {
+        }
+        if (l_pid != -1 && l_got == static_cast<ssize_t>(sizeof l_err)) m_start_error = l_err;
+        close_fd(l_report_read);
+    }
 
     if (l_pipes) {
         close_fd(m_out_write);
